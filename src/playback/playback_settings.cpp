@@ -1,0 +1,10 @@
+#include "playback/playback_settings.h"
+
+namespace playback {
+
+PlaybackSettings& Playback() {
+  static PlaybackSettings settings;
+  return settings;
+}
+
+}  // namespace playback
