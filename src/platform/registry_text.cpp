@@ -107,8 +107,13 @@ bool ParseValueData(std::string_view text, RegistryValue& value) {
   std::string bytes;
   if (!ParseHexList(list, bytes)) return false;
   if (type == static_cast<std::uint32_t>(RegistryType::String)) {
-    // Strings in hex form are UTF-16LE, as regedit writes them.
-    std::string utf8 = Utf16BytesToUtf8(bytes, false);
+    // Strings in hex form are UTF-16LE, as regedit writes them; lone
+    // surrogates carry bytes that were not UTF-8 (see BytesToUtf16Lossless).
+    std::u16string units;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
+      units.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
+                                            static_cast<unsigned char>(bytes[i + 1]) << 8));
+    std::string utf8 = Utf16ToBytesLossless(units);
     if (!utf8.empty() && utf8.back() == '\0') utf8.pop_back();
     utf8.push_back('\0');
     bytes = std::move(utf8);
@@ -170,7 +175,7 @@ std::string FormatValue(const RegistryValue& value) {
     std::string_view text = value.data;
     if (!text.empty() && text.back() == '\0') text.remove_suffix(1);
     std::string bytes;
-    for (char16_t unit : Utf8ToUtf16(text)) {
+    for (char16_t unit : BytesToUtf16Lossless(text)) {
       bytes.push_back(static_cast<char>(unit & 0xFF));
       bytes.push_back(static_cast<char>(unit >> 8));
     }

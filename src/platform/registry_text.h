@@ -8,8 +8,10 @@
 //   "WndSettings"=hex:00,04,c0,00,00,00,00,00
 //
 // Strings are written as quoted text with \\ and \" escaped; a string that a
-// line can't hold (control characters, a missing terminator) is written as
-// hex(1): with its UTF-16LE bytes, as regedit does. Other types use hex(N):.
+// line can't hold (control characters, bytes that are not UTF-8, a missing
+// terminator) is written as hex(1): with its UTF-16LE form, as regedit does;
+// bytes that are not UTF-8 travel there as lone surrogates, so that a file
+// name that isn't UTF-8 survives. Other types use hex(N):.
 // Long hex lists are wrapped with a trailing backslash. The file is UTF-8.
 //
 // Reading is lenient: a line that can't be understood is skipped, so that a

@@ -145,6 +145,47 @@ std::u16string Utf8ToUtf16(std::string_view text) {
   return out;
 }
 
+std::u16string BytesToUtf16Lossless(std::string_view bytes) {
+  std::u16string out;
+  out.reserve(bytes.size());
+  char32_t cp;
+  for (std::size_t i = 0; i < bytes.size();) {
+    std::size_t length = DecodeUtf8(bytes, i, cp);
+    if (length == 0) {
+      cp = 0xDC00 + static_cast<unsigned char>(bytes[i]);
+      length = 1;
+    }
+    if (cp >= 0x10000) {
+      out.push_back(static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
+    } else {
+      out.push_back(static_cast<char16_t>(cp));
+    }
+    i += length;
+  }
+  return out;
+}
+
+std::string Utf16ToBytesLossless(std::u16string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t cp = text[i];
+    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+        text[i + 1] <= 0xDFFF) {
+      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
+      ++i;
+    } else if (cp >= 0xDC80 && cp <= 0xDCFF) {
+      out.push_back(static_cast<char>(cp - 0xDC00));
+      continue;
+    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
+      cp = 0xFFFD;
+    }
+    AppendUtf8(out, cp);
+  }
+  return out;
+}
+
 std::size_t Utf16Length(std::string_view utf8) {
   std::size_t units = 0;
   char32_t cp;

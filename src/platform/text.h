@@ -38,6 +38,12 @@ std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian);
 // UTF-8 to UTF-16. Invalid bytes are taken as Windows-1252, as NarrowToUtf8 does.
 std::u16string Utf8ToUtf16(std::string_view text);
 
+// Byte strings that may not be valid UTF-8 (file names) as UTF-16 and back,
+// without loss: each byte that is not part of a valid sequence becomes the
+// lone surrogate U+DC00 + byte, and such surrogates become bytes again.
+std::u16string BytesToUtf16Lossless(std::string_view bytes);
+std::string Utf16ToBytesLossless(std::u16string_view text);
+
 // Number of UTF-16 code units the text needs.
 std::size_t Utf16Length(std::string_view utf8);
 

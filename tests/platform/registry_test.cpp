@@ -56,6 +56,7 @@ TEST_F(RegistryTest, EachTypeAndSizeReadsBackAsStoredAcrossInstances) {
   ASSERT_TRUE(registry.SetString(kMachine, kKey, "Load", "C:\\Music \"live\" ñ €"));
   ASSERT_TRUE(registry.SetString(kMachine, kKey, "Lines", "one\ntwo"));
   ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Odd", 7, "a\0b\0\0", 5));
+  ASSERT_TRUE(registry.SetString(kMachine, kKey, "Latin1Name", "/music/Mot\xF6rhead.mp3"));
 
   Registry other(file);
   auto value = other.GetValue(kMachine, kKey, "fFsKiPtImE");
@@ -70,6 +71,8 @@ TEST_F(RegistryTest, EachTypeAndSizeReadsBackAsStoredAcrossInstances) {
   EXPECT_EQ(other.GetValue(kMachine, kKey, "Empty")->data, "");
   EXPECT_EQ(other.GetValue(kMachine, kKey, "Load")->data, std::string("C:\\Music \"live\" ñ €") + '\0');
   EXPECT_EQ(other.GetValue(kMachine, kKey, "Lines")->data, std::string("one\ntwo\0", 8));
+  EXPECT_EQ(other.GetValue(kMachine, kKey, "Latin1Name")->data, std::string("/music/Mot\xF6rhead.mp3") + '\0')
+      << "a file name that isn't UTF-8 keeps its bytes";
   value = other.GetValue(kMachine, kKey, "Odd");
   EXPECT_EQ(value->type, 7u);
   EXPECT_EQ(value->data, std::string("a\0b\0\0", 5));
