@@ -47,6 +47,7 @@ std::int32_t ReferenceEqualizer::PreciseSample(int c, std::int16_t sample) {
   }
   std::int32_t out = static_cast<std::int32_t>(acc + static_cast<std::uint32_t>(x)) >> 12;
   if (preamp != 14) out = (out * (preamp + 2)) >> 4;
+  if (unclipped != nullptr) unclipped->push_back(out);
   return Clip(out);
 }
 

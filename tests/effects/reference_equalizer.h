@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace effects::test_support {
 
@@ -24,6 +25,9 @@ class ReferenceEqualizer {
   int Process(std::int16_t* samples, std::size_t bytes);
   // Runs extra bass when the gain is set (mode 0 is the caller's business).
   void ApplyBass(std::int16_t* samples, std::size_t bytes);
+
+  // When set, the precise filters append each output before it is clipped.
+  std::vector<std::int32_t>* unclipped = nullptr;
 
  private:
   struct Slots {

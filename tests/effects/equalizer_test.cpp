@@ -1,0 +1,438 @@
+// The equalizer's and extra bass's behaviour as the application and the
+// mixer see it: settings, the two paths' exact arithmetic on chosen inputs,
+// the on/off switch, clipping, and the histories that outlive a block.
+#include "effects/equalizer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+#include "effects/slider_gain.h"
+#include "reference_equalizer.h"
+#include "test_signals.h"
+
+namespace effects {
+namespace {
+
+using Bands = std::array<std::int32_t, kBandCount>;
+constexpr Bands kCentred = {14, 14, 14, 14, 14, 14, 14, 14, 14, 14};
+constexpr Bands kAllStrongest = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+constexpr Bands kAllWeakest = {27, 27, 27, 27, 27, 27, 27, 27, 27, 27};
+constexpr std::size_t kBlockBytes = 16384;
+constexpr std::size_t kBlockFrames = kBlockBytes / 4;
+
+// Runs `samples` through Process (and ApplyBass when asked) in mixer blocks.
+void RunBlocks(Equalizer& equalizer, std::vector<std::int16_t>& samples, bool bass = false) {
+  for (std::size_t offset = 0; offset < samples.size(); offset += kBlockBytes / 2) {
+    std::int16_t* block = samples.data() + offset;
+    const std::size_t bytes = std::min(kBlockBytes, (samples.size() - offset) * 2);
+    equalizer.Process(&block, bytes);
+    if (bass) equalizer.ApplyBass(&block, bytes);
+  }
+}
+
+std::vector<std::int16_t> LeftImpulse(std::int16_t height, std::size_t frames = kBlockFrames) {
+  std::vector<std::int16_t> samples(frames * 2, 0);
+  samples[0] = height;
+  return samples;
+}
+
+std::vector<std::int16_t> LeftChannel(const std::vector<std::int16_t>& samples, std::size_t frames) {
+  std::vector<std::int16_t> left;
+  for (std::size_t n = 0; n < frames; ++n) left.push_back(samples[2 * n]);
+  return left;
+}
+
+TEST(SliderGainTest, GainsRunFromOneToMinusOneFifthThroughSinglePrecision) {
+  // Pinned: the centre, both ends, and the rounding that single precision
+  // leaves in them (position 14 is 0.37777779... before truncation).
+  EXPECT_EQ(GainForSlider(14).q14, 6189);
+  EXPECT_EQ(GainForSlider(14).q28, 101408952);
+  EXPECT_EQ(GainForSlider(0).q14, 16384);
+  EXPECT_EQ(GainForSlider(0).q28, 268435456);
+  EXPECT_EQ(GainForSlider(27).q14, -3276);
+  EXPECT_EQ(GainForSlider(27).q28, -53687092);
+  EXPECT_EQ(GainForSlider(12).q28, 125269880);
+  for (std::int32_t position = 1; position <= 27; ++position) {
+    EXPECT_LT(GainForSlider(position).q28, GainForSlider(position - 1).q28) << position;
+  }
+}
+
+TEST(SliderGainTest, PositionsOutsideTheSliderCountAsTheNearestEnd) {
+  for (std::int32_t position : {-1, -27, INT_MIN}) {
+    EXPECT_EQ(GainForSlider(position).q28, GainForSlider(0).q28);
+  }
+  for (std::int32_t position : {28, 1000, INT_MAX}) {
+    EXPECT_EQ(GainForSlider(position).q14, GainForSlider(27).q14);
+  }
+}
+
+TEST(SliderGainTest, PreampIsTwentySevenLessTheSliderClipped) {
+  EXPECT_EQ(PreampForSlider(13), 14);  // unity sits one step off the centre
+  EXPECT_EQ(PreampForSlider(14), 13);
+  EXPECT_EQ(PreampForSlider(0), 27);
+  EXPECT_EQ(PreampForSlider(27), 0);
+  EXPECT_EQ(PreampForSlider(-3), 27);
+  EXPECT_EQ(PreampForSlider(40), 0);
+  EXPECT_EQ(PreampForSlider(INT_MIN), 27);
+  EXPECT_EQ(PreampForSlider(INT_MAX), 0);
+}
+
+TEST(EqualizerSettingsTest, SetBandsStoresGainsPreampAndFlatness) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  EXPECT_TRUE(equalizer.Flat());
+  EXPECT_EQ(equalizer.Preamp(), 14);
+  Bands bands = kCentred;
+  bands[4] = 3;
+  equalizer.SetBands(20, bands);
+  EXPECT_FALSE(equalizer.Flat());
+  EXPECT_EQ(equalizer.Preamp(), 7);
+  EXPECT_EQ(equalizer.GainQ28(4), GainForSlider(3).q28);
+  EXPECT_EQ(equalizer.GainQ14(0), 6189);
+  equalizer.SetBands(-50, kCentred);
+  EXPECT_TRUE(equalizer.Flat());
+  EXPECT_EQ(equalizer.Preamp(), 27);
+  // A band beyond the end gives the end's gain but is not centred.
+  bands = kCentred;
+  bands[9] = 14 + 28;
+  equalizer.SetBands(13, bands);
+  EXPECT_FALSE(equalizer.Flat());
+  EXPECT_EQ(equalizer.GainQ28(9), GainForSlider(27).q28);
+  // Null bands change nothing.
+  equalizer.SetBands(0, nullptr);
+  EXPECT_EQ(equalizer.Preamp(), 14);
+  EXPECT_FALSE(equalizer.Flat());
+  EXPECT_EQ(equalizer.GainQ28(-1), 0);
+  EXPECT_EQ(equalizer.GainQ28(10), 0);
+}
+
+TEST(EqualizerSettingsTest, ThisBuildRunsThePrecisePathWithItsFastestLoops) {
+  Equalizer equalizer;
+  EXPECT_EQ(PathForThisProcessor(), FilterPath::kPrecise);
+  EXPECT_EQ(equalizer.Path(), FilterPath::kPrecise);
+  EXPECT_EQ(&equalizer.Kernels(), &FastestKernels());
+  if (Avx2Kernels() != nullptr) {
+    EXPECT_EQ(&FastestKernels(), Avx2Kernels());
+  }
+}
+
+TEST(EqualizerSettingsTest, BassModesSetTheirStrengths) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  EXPECT_EQ(equalizer.BassMode(), 0u);
+  const std::array<std::pair<std::int32_t, std::int32_t>, 5> table = {
+      {{0, 0}, {0x0F333333, 0x0B333333}, {0x16666666, 0x10000000}, {0x1B333333, 0x13333333},
+       {0x23333333, 0x13333333}}};
+  for (std::int32_t mode = 4; mode >= 0; --mode) {
+    equalizer.SetBassMode(mode);
+    EXPECT_EQ(equalizer.BassMode(), static_cast<std::uint32_t>(mode));
+    EXPECT_EQ(equalizer.BassGain(), table[mode].first);
+    EXPECT_EQ(equalizer.BassGainSpare(), table[mode].second);
+  }
+  // An unknown mode keeps the strength it finds.
+  equalizer.SetBassMode(2);
+  for (std::int32_t unknown : {5, -1, INT_MIN}) {
+    equalizer.SetBassMode(unknown);
+    EXPECT_EQ(equalizer.BassMode(), static_cast<std::uint32_t>(unknown));
+    EXPECT_EQ(equalizer.BassGain(), 0x16666666);
+    EXPECT_EQ(equalizer.BassGainSpare(), 0x13333333);
+  }
+}
+
+TEST(PrecisePathTest, CentredBandsAtUnityPreampLeaveEverySampleAlone) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  equalizer.SetBands(13, kCentred);
+  const std::vector<std::int16_t> music = test_support::MusicLike(20000, 4);
+  std::vector<std::int16_t> samples = music;
+  std::int16_t* block = samples.data();
+  EXPECT_EQ(equalizer.Process(&block, samples.size() * 2), static_cast<int>(samples.size() * 2));
+  EXPECT_EQ(samples, music);
+}
+
+TEST(PrecisePathTest, CentredBandsScaleByThePreampAndClip) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  // Slider 0: factor 29/16, shifted down (towards minus infinity) and clipped.
+  equalizer.SetBands(0, kCentred);
+  std::vector<std::int16_t> samples = {1000, -1000, 32767, -32768, 16, -1, 18078, 18079};
+  std::int16_t* block = samples.data();
+  equalizer.Process(&block, 14);  // the last sample lies outside the block
+  EXPECT_EQ(samples, (std::vector<std::int16_t>{1812, -1813, 32767, -32768, 29, -2, 32766, 18079}));
+  // Slider 14, the centre: 15/16.
+  equalizer.SetBands(14, kCentred);
+  samples = {1600, -1600, 32767};
+  equalizer.Process(&block, 6);
+  EXPECT_EQ(samples, (std::vector<std::int16_t>{1500, -1500, 30719}));
+}
+
+TEST(PrecisePathTest, FullScaleSquareIsClippedNotWrapped) {
+  // Centred bands, slider 0: the square is lifted to 29/16 and held at the rails.
+  Equalizer flat(FilterPath::kPrecise);
+  flat.SetBands(0, kCentred);
+  const std::vector<std::int16_t> square = test_support::FullScaleSquare(kBlockFrames, 100);
+  std::vector<std::int16_t> samples = square;
+  RunBlocks(flat, samples);
+  EXPECT_EQ(samples, square);
+
+  // Every band at its strongest: the filters' output before clipping runs
+  // far past 16 bits, and the stored sample is that value clipped.
+  for (std::size_t period : {4u, 100u, 441u, 2000u}) {
+    Equalizer equalizer(FilterPath::kPrecise);
+    equalizer.SetBands(0, kAllStrongest);
+    test_support::ReferenceEqualizer reference(true);
+    reference.SetBands(0, kAllStrongest);
+    std::vector<std::int32_t> unclipped;
+    reference.unclipped = &unclipped;
+    samples = test_support::FullScaleSquare(kBlockFrames * 2, period);
+    std::vector<std::int16_t> ignored = samples;
+    reference.Process(ignored.data(), ignored.size() * 2);
+    RunBlocks(equalizer, samples);
+    ASSERT_EQ(unclipped.size(), samples.size());
+    std::size_t beyond = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      if (unclipped[i] > 32767 || unclipped[i] < -32768) ++beyond;
+      ASSERT_EQ(samples[i], std::clamp(unclipped[i], -32768, 32767)) << "period " << period << " sample " << i;
+    }
+    EXPECT_GT(beyond, samples.size() / 10) << "period " << period;
+  }
+}
+
+// Pinned outputs of the left channel for a left impulse on fresh filters.
+// They were taken from the frame-by-frame reference; any change to the
+// arithmetic moves them. The right channel, silent, stays exactly 0.
+struct Pinned {
+  FilterPath path;
+  std::int32_t preampSlider;
+  Bands bands;
+  std::int16_t impulse;
+  std::array<std::int16_t, 12> first;
+  std::int16_t at100, at1000, at4000;
+};
+
+TEST(PrecisePathTest, ImpulseResponsesArePinned) {
+  const std::array<Pinned, 3> pins = {{
+      {FilterPath::kPrecise, 13, kAllStrongest, 2048,
+       {7198, 1248, -7408, 2599, 2690, -3383, 818, 1598, -506, -99, 251, 86}, -28, -1, -4},
+      {FilterPath::kPrecise, 20, {6, 9, 12, 14, 16, 17, 15, 12, 9, 7}, 16384,
+       {12092, -2133, -8127, 6548, 700, -3457, 2183, 756, -458, 227, 218, 127}, -44, -5, -2},
+      {FilterPath::kPrecise, 13, kAllWeakest, -20000,
+       {-7749, 87, -842, 515, -369, 196, -145, 111, 38, 43, 16, 16}, -10, 0, 0},
+  }};
+  for (const Pinned& pin : pins) {
+    Equalizer equalizer(pin.path);
+    equalizer.SetBands(pin.preampSlider, pin.bands);
+    std::vector<std::int16_t> samples = LeftImpulse(pin.impulse);
+    RunBlocks(equalizer, samples);
+    const std::vector<std::int16_t> left = LeftChannel(samples, 12);
+    EXPECT_TRUE(std::equal(left.begin(), left.end(), pin.first.begin())) << "impulse " << pin.impulse;
+    EXPECT_EQ(samples[200], pin.at100);
+    EXPECT_EQ(samples[2000], pin.at1000);
+    EXPECT_EQ(samples[8000], pin.at4000);
+    for (std::size_t n = 0; n < kBlockFrames; ++n) ASSERT_EQ(samples[2 * n + 1], 0);
+  }
+}
+
+TEST(PlainPathTest, CentredBandsStillFilterAndAddTheOffset) {
+  Equalizer equalizer(FilterPath::kPlain);
+  equalizer.SetBands(13, kCentred);
+  std::vector<std::int16_t> samples = LeftImpulse(1024);
+  RunBlocks(equalizer, samples);
+  // By hand for frame 0: each band's first output is (alpha * 1024) >> 14,
+  // alpha / 16 rounded down: 2, 8, 15, 29, 48, 133, 231, 353, 375, 388, which
+  // sum to 1582. The gain at the centre is 6189, so the sum is 9790998,
+  // >> 12 gives 2390, the dry quarter 1024 >> 2 is 256, and the offset 12500:
+  // 2390 + 256 + 12500 = 15146. The silent right channel starts at the offset.
+  EXPECT_EQ(samples[0], 15146);
+  EXPECT_EQ(samples[1], 12500);
+  const std::array<std::int16_t, 11> next = {12593, 11129, 13258, 12184, 12311, 12456,
+                                             12501, 12451, 12380, 12367, 12365};
+  const std::vector<std::int16_t> left = LeftChannel(samples, 12);
+  EXPECT_TRUE(std::equal(next.begin(), next.end(), left.begin() + 1));
+  EXPECT_EQ(samples[200], 11309);
+  EXPECT_EQ(samples[2000], 6060);
+  EXPECT_EQ(samples[8000], -3006);
+}
+
+TEST(PlainPathTest, PreampComesFirstAndWrapsToSixteenBits) {
+  // Slider 0 lifts 32767 to 59390, which the plain path truncates to -6146
+  // before filtering: the result is that of -6146 at unity.
+  Equalizer lifted(FilterPath::kPlain);
+  lifted.SetBands(0, kCentred);
+  Equalizer unity(FilterPath::kPlain);
+  unity.SetBands(13, kCentred);
+  std::vector<std::int16_t> full = {32767, 32767, 1000, -1000};
+  std::vector<std::int16_t> wrapped = {-6146, -6146, 1812, -1813};
+  std::int16_t* block = full.data();
+  lifted.Process(&block, 8);
+  block = wrapped.data();
+  unity.Process(&block, 8);
+  EXPECT_EQ(full, wrapped);
+  EXPECT_LT(full[0], 12500);  // a positive sample would have landed above the offset
+}
+
+TEST(EqualizerSwitchTest, DisabledReturnsZeroAndLeavesTheBlock) {
+  for (FilterPath path : {FilterPath::kPrecise, FilterPath::kPlain}) {
+    Equalizer equalizer(path);
+    equalizer.SetBands(0, kAllStrongest);
+    equalizer.SetEnabled(0);
+    const std::vector<std::int16_t> music = test_support::MusicLike(kBlockFrames, 2);
+    std::vector<std::int16_t> samples = music;
+    std::int16_t* block = samples.data();
+    EXPECT_EQ(equalizer.Process(&block, kBlockBytes), 0);
+    EXPECT_EQ(samples, music);
+    equalizer.SetEnabled(1);
+    EXPECT_EQ(equalizer.Process(&block, kBlockBytes), static_cast<int>(kBlockBytes));
+    EXPECT_NE(samples, music);
+  }
+}
+
+TEST(EqualizerSwitchTest, MissingOrTinyBlocksAreHarmless) {
+  for (FilterPath path : {FilterPath::kPrecise, FilterPath::kPlain}) {
+    Equalizer equalizer(path);
+    equalizer.SetBands(0, kAllStrongest);
+    equalizer.SetBassMode(4);
+    EXPECT_EQ(equalizer.Process(nullptr, kBlockBytes), 0);
+    std::int16_t* none = nullptr;
+    EXPECT_EQ(equalizer.Process(&none, kBlockBytes), 0);
+    EXPECT_EQ(equalizer.ApplyBass(nullptr, kBlockBytes), 0);
+    EXPECT_EQ(equalizer.ApplyBass(&none, kBlockBytes), 0);
+    // Fewer bytes than a frame: nothing is filtered.
+    std::int16_t lone[2] = {1234, 4321};
+    std::int16_t* block = lone;
+    EXPECT_EQ(equalizer.Process(&block, 1), 1);
+    EXPECT_EQ(equalizer.Process(&block, 3), 3);
+    EXPECT_EQ(equalizer.ApplyBass(&block, 3), 3);
+    EXPECT_EQ(lone[0], 1234);
+    EXPECT_EQ(lone[1], 4321);
+  }
+}
+
+TEST(ExtraBassTest, ImpulseResponseIsPinned) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  equalizer.SetBassMode(2);  // gain 0x16666666 = 375809638, 1.4
+  std::vector<std::int16_t> samples = LeftImpulse(16384);
+  std::int16_t* block = samples.data();
+  EXPECT_EQ(equalizer.ApplyBass(&block, kBlockBytes), static_cast<int>(kBlockBytes));
+  // By hand, band 0 with alpha 776442, gamma 535298466, beta 266882570:
+  // frame 0: x = 16384 << 11 = 2^25. y = (776442 * 2^25) >> 28 = 97055;
+  //   z = (375809638 * 97055) >> 28 = 135876. Stage two: y2 = (776442 *
+  //   135876) >> 28 = 393, z2 = (375809638 * 393) >> 28 = 550.
+  //   out = (135876 + 550 + 33554432) >> 12 = 8225.
+  // frame 1: x = 0, x[n-2] = 0, y[n-2] = 0: y = (535298466 * 97055) >> 28
+  //   = 193541, z = 270957; y2 = (776442 * 270957 + 535298466 * 393) >> 28
+  //   = 1567, z2 = 2193; out = (270957 + 2193) >> 12 = 66.
+  const std::array<std::int16_t, 12> first = {8225, 66, 66, 66, 67, 67, 67, 67, 67, 67, 67, 67};
+  const std::vector<std::int16_t> left = LeftChannel(samples, 12);
+  EXPECT_TRUE(std::equal(left.begin(), left.end(), first.begin()));
+  EXPECT_EQ(samples[200], 42);
+  EXPECT_EQ(samples[2000], -17);
+  EXPECT_EQ(samples[8000], -10);
+  for (std::size_t n = 0; n < kBlockFrames; ++n) ASSERT_EQ(samples[2 * n + 1], 0);
+}
+
+TEST(ExtraBassTest, ModeZeroLeavesTheBlockAndUnknownModesKeepTheLastStrength) {
+  Equalizer equalizer(FilterPath::kPrecise);
+  const std::vector<std::int16_t> music = test_support::MusicLike(kBlockFrames, 6);
+  std::vector<std::int16_t> samples = music;
+  std::int16_t* block = samples.data();
+  EXPECT_EQ(equalizer.ApplyBass(&block, kBlockBytes), 0);
+  EXPECT_EQ(samples, music);
+  // A fresh object has strength 0: an unknown mode runs the stage with no
+  // boost, which leaves exactly the dry half.
+  equalizer.SetBassMode(9);
+  EXPECT_EQ(equalizer.ApplyBass(&block, kBlockBytes), static_cast<int>(kBlockBytes));
+  for (std::size_t i = 0; i < samples.size(); ++i) ASSERT_EQ(samples[i], music[i] >> 1);
+}
+
+TEST(ExtraBassTest, SilenceStaysSilentAndLoudMaterialLeavesOnlyATinyOffset) {
+  for (std::int32_t mode = 1; mode <= 4; ++mode) {
+    Equalizer equalizer(FilterPath::kPrecise);
+    equalizer.SetBassMode(mode);
+    std::vector<std::int16_t> silence(kBlockFrames * 4, 0);
+    RunBlocks(equalizer, silence, true);
+    EXPECT_TRUE(std::all_of(silence.begin(), silence.end(), [](std::int16_t s) { return s == 0; }));
+
+    // The filters shift towards minus infinity, and band 0 has (gamma -
+    // beta) = 2^28 - 19560, so a filter resting at -k with k below 13717
+    // maps -k to -k: it never decays to zero. Two such stages with gain
+    // 2.2 leave at most (2.2 * 13716 * 2) >> 12, 15 steps below zero, as a
+    // constant offset per channel; no tone, and no growth.
+    std::vector<std::int16_t> samples = test_support::WhiteNoise(44100, static_cast<std::uint32_t>(mode));
+    samples.resize(samples.size() + 44100 * 2 * 4, 0);
+    RunBlocks(equalizer, samples, true);
+    for (int channel = 0; channel < 2; ++channel) {
+      std::set<std::int16_t> tail;
+      for (std::size_t n = samples.size() / 2 - 44100; n < samples.size() / 2; ++n) {
+        tail.insert(samples[2 * n + static_cast<std::size_t>(channel)]);
+      }
+      ASSERT_EQ(tail.size(), 1u) << "mode " << mode;
+      EXPECT_LE(*tail.begin(), 0);
+      EXPECT_GE(*tail.begin(), -15);
+    }
+  }
+}
+
+TEST(HistoryTest, FiltersCarryOnAcrossBlocksOfAnyLength) {
+  const std::vector<std::int16_t> music = test_support::MusicLike(30000, 8);
+  for (FilterPath path : {FilterPath::kPrecise, FilterPath::kPlain}) {
+    Equalizer whole(path);
+    Equalizer pieces(path);
+    for (Equalizer* equalizer : {&whole, &pieces}) {
+      equalizer->SetBands(11, {3, 20, 14, 9, 1, 27, 14, 5, 16, 2});
+      equalizer->SetBassMode(3);
+    }
+    std::vector<std::int16_t> once = music;
+    std::int16_t* block = once.data();
+    whole.Process(&block, once.size() * 2);
+    whole.ApplyBass(&block, once.size() * 2);
+    std::vector<std::int16_t> split = music;
+    const std::size_t cuts[] = {4, 8, 12, 400, 16384, 7000, 20000, 36, 4};
+    std::size_t offset = 0;
+    for (std::size_t i = 0; offset < split.size() * 2; ++i) {
+      const std::size_t bytes = std::min(cuts[i % std::size(cuts)], split.size() * 2 - offset);
+      block = split.data() + offset / 2;
+      pieces.Process(&block, bytes);
+      pieces.ApplyBass(&block, bytes);
+      offset += bytes;
+    }
+    EXPECT_EQ(split, once);
+  }
+}
+
+TEST(HistoryTest, EnginesShareOneHistoryAndItRingsIntoTheNextBlock) {
+  // Two engines hand their blocks to the one object in turn: each block
+  // continues the filters where the other engine's block left them.
+  Equalizer shared(FilterPath::kPrecise);
+  shared.SetBands(13, kAllStrongest);
+  shared.SetBassMode(4);
+  test_support::ReferenceEqualizer reference(true);
+  reference.SetBands(13, kAllStrongest);
+  reference.SetBassGain(shared.BassGain());
+  const std::vector<std::int16_t> engineA = test_support::MusicLike(kBlockFrames * 3, 1);
+  const std::vector<std::int16_t> engineB = test_support::WhiteNoise(kBlockFrames * 3, 2);
+  for (std::size_t block = 0; block < 3; ++block) {
+    for (const std::vector<std::int16_t>* engine : {&engineA, &engineB}) {
+      std::vector<std::int16_t> got(engine->begin() + static_cast<std::ptrdiff_t>(block * kBlockFrames * 2),
+                                    engine->begin() + static_cast<std::ptrdiff_t>((block + 1) * kBlockFrames * 2));
+      std::vector<std::int16_t> expected = got;
+      std::int16_t* data = got.data();
+      shared.Process(&data, kBlockBytes);
+      shared.ApplyBass(&data, kBlockBytes);
+      reference.Process(expected.data(), kBlockBytes);
+      reference.ApplyBass(expected.data(), kBlockBytes);
+      ASSERT_EQ(got, expected) << "block " << block;
+    }
+  }
+  // After loud noise, a silent block from the other engine still rings.
+  std::vector<std::int16_t> silence(kBlockFrames * 2, 0);
+  std::int16_t* data = silence.data();
+  shared.Process(&data, kBlockBytes);
+  EXPECT_GT(std::count_if(silence.begin(), silence.begin() + 400, [](std::int16_t s) { return s > 100 || s < -100; }),
+            100);
+}
+
+}  // namespace
+}  // namespace effects
