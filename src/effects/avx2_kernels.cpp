@@ -21,6 +21,10 @@
 //
 // Every filter still sees its own inputs in order, so the bits are those of
 // the frame-by-frame form.
+#include "effects/filter_kernels.h"
+
+#if defined(__x86_64__)
+
 #include <immintrin.h>
 
 #include <algorithm>
@@ -28,7 +32,6 @@
 #include <cstdint>
 
 #include "effects/filter_arithmetic.h"
-#include "effects/filter_kernels.h"
 
 #define TS_AVX2 __attribute__((target("avx2")))
 
@@ -324,3 +327,13 @@ const FilterKernels* Avx2Kernels() {
 }
 
 }  // namespace effects
+
+#else
+
+namespace effects {
+
+const FilterKernels* Avx2Kernels() { return nullptr; }
+
+}  // namespace effects
+
+#endif
