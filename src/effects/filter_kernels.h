@@ -10,7 +10,8 @@
 // bands side by side and pipelines the cascaded ones.
 //
 // All loops work on interleaved stereo 16-bit frames in place and never
-// allocate. Threads: whoever holds the equalizer's history lock.
+// allocate; their working arrays live on the stack (at most 16 KB). Threads:
+// whoever holds the lock of the histories passed in.
 #pragma once
 
 #include <array>
