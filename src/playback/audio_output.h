@@ -15,10 +15,39 @@
 //
 // Threads: control calls come from the window thread and from decode threads
 // at once; the mixing thread of each engine pulls the streams; the device's
-// call-back returns buffers.
+// return thread hands buffers back.
+//
+// The device: an engine opens its wave device through the process-wide
+// platform::CurrentWaveOutDriver() (SDL unless a program chose another), and
+// keeps that driver while it lives.
+//
+// Locks, always taken in this order (a later one may be taken while holding
+// an earlier one, never the reverse):
+//   engineLock  root only: making engines
+//   deviceLock  an engine's mixer while it fills and hands over one buffer,
+//               and ResetDevice, so that a reset never meets a half-done block
+//   streamLock  the mixing step, adding and removing streams, stream state,
+//               Pause, device resets. Held through a blocking queue read, so
+//               control calls may wait up to about a second on a starving
+//               stream.
+//   tableLock   brief: finds a stream for the calls that take no streamLock
+//               (writes, queue levels, parameters); the table changes only
+//               with both held
+//   bufferLock  device bookkeeping: which buffer is next, what is in flight
+// The device's done call-back takes only bufferLock, and no lock is held
+// while a queue write waits for room.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "platform/event.h"
+#include "platform/thread.h"
+#include "platform/wave_out.h"
+#include "playback/audio_mixer.h"
 
 namespace playback {
 
@@ -89,8 +118,99 @@ class AudioOutput {
   bool IsStreamAlive(std::uint32_t handle);
   // The handle of the last stream the root opened on a new engine or itself.
   std::uint32_t LastHandle() const;
-  // The effect run over each mixed block; set on the root before engines exist.
+  // The effect run over each mixed block; set on the root, which hands it to
+  // every engine (existing ones too). Null runs no effect.
   void SetEffect(AudioEffect* newEffect);
+
+  static constexpr int kMaxEngines = 4;
+  static constexpr int kMaxStreams = 8;
+  static constexpr int kMaxBuffers = 12;
+  // Device buffers an engine keeps in flight at a sample rate: about the same
+  // latency (1 to 2 seconds) at every rate.
+  static int BuffersForRate(std::uint32_t sampleRate);
+
+ private:
+  // The device format, as the platform describes it.
+  struct WaveFormat {
+    std::uint16_t formatTag = 0;
+    std::uint16_t channels = 0;
+    std::uint32_t samplesPerSec = 0;
+    std::uint32_t avgBytesPerSec = 0;
+    std::uint16_t blockAlign = 0;
+    std::uint16_t bitsPerSample = 0;
+    std::uint16_t cbSize = 0;
+  };
+
+  // Streams (audio_output.cpp).
+  AudioOutput* EngineFor(std::uint32_t handle) const;
+  std::uint32_t OpenLocalStream(int reuse, int channels, int held, std::uint32_t capacity);
+  // With tableLock or streamLock held: index of the stream, or -1.
+  int FindStream(std::uint32_t id) const;
+  // The queue of a stream of this object, or null.
+  std::shared_ptr<PcmQueue> QueueOf(std::uint32_t id);
+  // With streamLock held.
+  void RemoveStreamLocked(int index);
+  void AbortAllQueues();
+  void DestroyAllStreams();
+  // Lets the mixer run and restarts the device if it had gone idle.
+  void WakeDevice();
+  // Milliseconds to samples of this device: ms * rate * channels >> 10.
+  std::uint32_t SamplesForMs(std::uint32_t ms) const;
+
+  // Device and mixing thread (audio_output_device.cpp).
+  void MixingLoop();
+  void Housekeeping();
+  void FillNextBuffer();
+  int MixBlock(std::int16_t* block);
+  void RunEffect(std::int16_t* block);
+  void CountIdleBlock(int active);
+  void StopWhenIdle();
+  bool AllocateBuffers();
+  void PrimeBuffers();
+  void StopThread();
+  static void BufferDone(void* context, platform::WaveBuffer* buffer);
+  void OnBufferDone(platform::WaveBuffer* buffer);
+
+  std::atomic<AudioEffect*> effect{nullptr};
+  WaveFormat format;  // set by OpenDevice before the device is shared
+  platform::Thread thread;
+  platform::Event quitEvent;
+  platform::Event bufferEvent;  // a device buffer is free to be filled
+  std::atomic<std::uint32_t> resetting{0};  // set around device resets; for debugging
+  platform::Event runEvent;     // the mixer may run; cleared when every stream is idle
+  std::shared_ptr<platform::WaveOutDriver> driver;
+  std::unique_ptr<platform::WaveOut> device;  // null on the root
+
+  // The root's engines. Made under engineLock; they live until the root goes.
+  std::mutex engineLock;
+  std::array<std::atomic<AudioOutput*>, kMaxEngines> engines{};
+
+  std::array<std::unique_ptr<std::int16_t[]>, kMaxBuffers> buffers;  // kBlockBytes each
+  std::unique_ptr<std::int16_t[]> mixScratch;                        // kBlockBytes
+  std::array<platform::WaveBuffer, kMaxBuffers> headers{};
+  int bufferCount = 0;  // set by OpenDevice before the device is shared
+
+  std::mutex deviceLock;
+  int idleCountdown = -1;  // mixing thread only
+  std::uint32_t housekeepingTick = 0;  // mixing thread only
+
+  // Guarded by streamLock, and for changes of the table also by tableLock.
+  std::mutex streamLock;
+  std::mutex tableLock;
+  std::array<StreamRecord, kMaxStreams> streams;
+  std::atomic<int> streamCount{0};
+  std::uint32_t nextStreamId = 0;
+
+  // Guarded by bufferLock; the atomics are also read without it.
+  std::mutex bufferLock;
+  std::array<std::uint32_t, kMaxBuffers> bufferSequence{};  // nextSequence at its last return
+  std::array<bool, kMaxBuffers> bufferInFlight{};
+  std::uint32_t nextSequence = 0;
+  std::atomic<std::uint32_t> buffersInFlight{0};
+  std::atomic<int> nextFill{-1};  // next buffer to fill; -1 while none is free
+
+  std::atomic<std::uint32_t> volume{65535};  // last left volume
+  std::atomic<std::uint32_t> lastHandle{kInvalidHandle};
 };
 
 }  // namespace playback

@@ -1,5 +1,7 @@
 #include "playback/media_decoder.h"
 
+#include "playback/audio_output.h"
+
 namespace playback {
 
 bool MediaDecoder::GetInfoText(const std::string& /*path*/, std::string& text) {
@@ -11,8 +13,9 @@ void MediaDecoder::SetNetStream(net::NetStream* /*stream*/) {}
 
 bool MediaDecoder::CanSeek() { return true; }
 
-// Forwarding to the output's SetVolume arrives with the output engine.
-void MediaDecoder::SetVolume(std::uint32_t /*left*/, std::uint32_t /*right*/) {}
+void MediaDecoder::SetVolume(std::uint32_t left, std::uint32_t right) {
+  if (output) output->SetVolume(left, right);
+}
 
 void MediaDecoder::SetDecodePriority(int priority) { decodePriority = priority; }
 

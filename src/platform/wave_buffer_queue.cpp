@@ -1,0 +1,249 @@
+#include "platform/wave_buffer_queue.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <system_error>
+
+#include "platform/device_volume.h"
+
+namespace platform {
+namespace {
+
+constexpr std::uint32_t kUnity = 65536;
+constexpr int kIdleWaitMs = 50;
+// Samples an unpaced pump takes at a time: one output block of the engine.
+constexpr std::size_t kUnpacedChunk = 8192;
+
+}  // namespace
+
+WaveBufferQueue::~WaveBufferQueue() { Stop(); }
+
+bool WaveBufferQueue::Start(int deviceChannels, WaveDoneCallback doneCallback, void* doneContext,
+                            bool useVolume) {
+  std::lock_guard guard(lock);
+  if (running || !doneCallback) return false;
+  // The process volume is read from the registry here, on the opener's
+  // thread, so that the audio thread never touches it.
+  if (useVolume) ProcessDeviceVolume();
+  done = doneCallback;
+  context = doneContext;
+  channels = deviceChannels;
+  applyVolume = useVolume;
+  paused = false;
+  stopping = false;
+  consumersStopped = false;
+  try {
+    returner = std::thread([this] { ReturnLoop(); });
+  } catch (const std::system_error&) {
+    return false;
+  }
+  running = true;
+  return true;
+}
+
+void WaveBufferQueue::Stop() {
+  {
+    std::lock_guard guard(lock);
+    if (!running) return;
+    while (queuedCount > 0) FinishHead();
+    stopping = true;
+    consumersStopped = true;
+    running = false;
+  }
+  returnsReady.notify_all();
+  audioReady.notify_all();
+  if (returner.joinable()) returner.join();
+}
+
+void WaveBufferQueue::ReturnLoop() {
+  std::array<WaveBuffer*, kMaxBuffers> batch{};
+  std::unique_lock guard(lock);
+  for (;;) {
+    returnsReady.wait(guard, [this] { return finishedCount > 0 || stopping; });
+    if (finishedCount == 0) return;  // stopping, and everything delivered
+    const std::size_t count = finishedCount;
+    for (std::size_t i = 0; i < count; ++i) batch[i] = finished[(finishedFirst + i) % kMaxBuffers];
+    finishedFirst = (finishedFirst + count) % kMaxBuffers;
+    finishedCount = 0;
+    delivering = count;
+    guard.unlock();
+    for (std::size_t i = 0; i < count; ++i) done(context, batch[i]);
+    guard.lock();
+    delivering = 0;
+  }
+}
+
+bool WaveBufferQueue::Push(WaveBuffer* buffer) {
+  if (!buffer || !buffer->data) return false;
+  {
+    std::lock_guard guard(lock);
+    if (!running || queuedCount + finishedCount + delivering >= kMaxBuffers) return false;
+    queued[(queuedFirst + queuedCount) % kMaxBuffers] = buffer;
+    ++queuedCount;
+  }
+  audioReady.notify_all();
+  return true;
+}
+
+void WaveBufferQueue::SetPaused(bool pause) {
+  {
+    std::lock_guard guard(lock);
+    paused = pause;
+  }
+  audioReady.notify_all();
+}
+
+bool WaveBufferQueue::IsPaused() const {
+  std::lock_guard guard(lock);
+  return paused;
+}
+
+void WaveBufferQueue::FinishHead() {
+  finished[(finishedFirst + finishedCount) % kMaxBuffers] = queued[queuedFirst];
+  ++finishedCount;
+  queuedFirst = (queuedFirst + 1) % kMaxBuffers;
+  --queuedCount;
+  headOffset = 0;
+}
+
+void WaveBufferQueue::ReturnAll() {
+  {
+    std::lock_guard guard(lock);
+    if (queuedCount == 0) return;
+    while (queuedCount > 0) FinishHead();
+  }
+  returnsReady.notify_one();
+}
+
+std::size_t WaveBufferQueue::HeadSamples() const {
+  std::lock_guard guard(lock);
+  if (queuedCount == 0) return 0;
+  return queued[queuedFirst]->bytes / sizeof(std::int16_t) - headOffset;
+}
+
+std::size_t WaveBufferQueue::QueuedBuffers() const {
+  std::lock_guard guard(lock);
+  return queuedCount;
+}
+
+void WaveBufferQueue::CopyWithGain(std::int16_t* out, const std::int16_t* in, std::size_t count,
+                                   std::size_t outputIndex, std::uint32_t leftGain,
+                                   std::uint32_t rightGain) const {
+  if (leftGain == kUnity && rightGain == kUnity) {
+    std::memcpy(out, in, count * sizeof(std::int16_t));
+    return;
+  }
+  const bool stereo = channels == 2;
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool right = stereo && ((outputIndex + i) & 1) != 0;
+    const std::int64_t factor = right ? rightGain : leftGain;
+    out[i] = static_cast<std::int16_t>((factor * in[i]) >> 16);
+  }
+}
+
+std::size_t WaveBufferQueue::Take(std::int16_t* out, std::size_t count) {
+  std::uint32_t leftGain = kUnity;
+  std::uint32_t rightGain = kUnity;
+  if (applyVolume) {
+    const std::uint32_t own = volume.load(std::memory_order_relaxed);
+    const std::uint32_t master = ProcessDeviceVolume().Get();
+    leftGain = CombineGains(VolumeGain(own), VolumeGain(master));
+    rightGain = CombineGains(VolumeGain(own >> 16), VolumeGain(master >> 16));
+  }
+  std::size_t copied = 0;
+  bool finishedAny = false;
+  {
+    std::lock_guard guard(lock);
+    if (paused) return 0;
+    while (copied < count && queuedCount > 0) {
+      WaveBuffer* head = queued[queuedFirst];
+      const std::size_t available = head->bytes / sizeof(std::int16_t) - headOffset;
+      const std::size_t run = std::min(available, count - copied);
+      CopyWithGain(out + copied, head->data + headOffset, run, copied, leftGain, rightGain);
+      copied += run;
+      headOffset += run;
+      if (headOffset * sizeof(std::int16_t) >= head->bytes) {
+        FinishHead();
+        finishedAny = true;
+      }
+    }
+  }
+  if (finishedAny) returnsReady.notify_one();
+  return copied;
+}
+
+WaveBufferQueue::Wait WaveBufferQueue::WaitForAudio(int timeoutMs) {
+  std::unique_lock guard(lock);
+  audioReady.wait_for(guard, std::chrono::milliseconds(timeoutMs),
+                      [this] { return consumersStopped || (!paused && queuedCount > 0); });
+  if (consumersStopped) return Wait::kStopped;
+  return !paused && queuedCount > 0 ? Wait::kAudio : Wait::kIdle;
+}
+
+void WaveBufferQueue::StopConsumers() {
+  {
+    std::lock_guard guard(lock);
+    consumersStopped = true;
+  }
+  audioReady.notify_all();
+}
+
+bool WavePump::Start(WaveBufferQueue& source, std::uint32_t rate, int deviceChannels, bool paced,
+                     Sink samplesSink) {
+  if (thread.joinable() || rate == 0) return false;
+  queue = &source;
+  sampleRate = rate;
+  channels = deviceChannels;
+  sink = std::move(samplesSink);
+  if (paced) {
+    // 10 ms of audio in whole frames.
+    const std::size_t frames = std::max<std::size_t>(1, rate / 100);
+    scratch.assign(frames * static_cast<std::size_t>(channels), 0);
+  } else {
+    scratch.assign(kUnpacedChunk, 0);
+  }
+  try {
+    thread = std::thread([this, paced] { paced ? RunPaced() : RunUnpaced(); });
+  } catch (const std::system_error&) {
+    return false;
+  }
+  return true;
+}
+
+void WavePump::Stop() {
+  if (!thread.joinable()) return;
+  queue->StopConsumers();
+  thread.join();
+}
+
+void WavePump::RunPaced() {
+  using Clock = std::chrono::steady_clock;
+  // A device that waited (idle or paused) does not catch up on that time.
+  constexpr auto kLatestStart = std::chrono::milliseconds(20);
+  auto next = Clock::now();
+  while (true) {
+    const WaveBufferQueue::Wait result = queue->WaitForAudio(kIdleWaitMs);
+    if (result == WaveBufferQueue::Wait::kStopped) return;
+    if (result == WaveBufferQueue::Wait::kIdle) continue;
+    const auto now = Clock::now();
+    if (next + kLatestStart < now) next = now;
+    const std::size_t count = queue->Take(scratch.data(), scratch.size());
+    if (count > 0 && sink) sink(scratch.data(), count);
+    const std::uint64_t frames = count / static_cast<std::size_t>(channels);
+    next += std::chrono::nanoseconds(frames * 1'000'000'000ull / sampleRate);
+    std::this_thread::sleep_until(next);
+  }
+}
+
+void WavePump::RunUnpaced() {
+  while (true) {
+    const WaveBufferQueue::Wait result = queue->WaitForAudio(kIdleWaitMs);
+    if (result == WaveBufferQueue::Wait::kStopped) return;
+    if (result == WaveBufferQueue::Wait::kIdle) continue;
+    const std::size_t count = queue->Take(scratch.data(), scratch.size());
+    if (count > 0 && sink) sink(scratch.data(), count);
+  }
+}
+
+}  // namespace platform

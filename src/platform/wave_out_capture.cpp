@@ -1,0 +1,123 @@
+#include "platform/wave_out_capture.h"
+
+#include <algorithm>
+
+namespace platform {
+
+CaptureTap::CaptureTap(CapturePace devicePace, std::uint32_t rate, int deviceChannels)
+    : pace(devicePace), sampleRate(rate), channels(deviceChannels) {}
+
+std::vector<std::int16_t> CaptureTap::Samples() const {
+  std::lock_guard guard(recordLock);
+  return recorded;
+}
+
+std::size_t CaptureTap::SampleCount() const {
+  std::lock_guard guard(recordLock);
+  return recorded.size();
+}
+
+int CaptureTap::Resets() const {
+  std::lock_guard guard(recordLock);
+  return resets;
+}
+
+void CaptureTap::Record(const std::int16_t* samples, std::size_t count) {
+  std::lock_guard guard(recordLock);
+  recorded.insert(recorded.end(), samples, samples + count);
+}
+
+std::size_t CaptureTap::Advance(std::size_t buffers) {
+  if (pace != CapturePace::kStepped) return 0;
+  std::vector<std::int16_t> scratch;
+  std::size_t played = 0;
+  while (played < buffers) {
+    const std::size_t length = queue.HeadSamples();
+    if (length == 0) break;
+    scratch.resize(length);
+    const std::size_t got = queue.Take(scratch.data(), length);
+    if (got == 0) break;  // paused
+    Record(scratch.data(), got);
+    ++played;
+  }
+  return played;
+}
+
+class CaptureWaveOut final : public WaveOut {
+ public:
+  CaptureWaveOut(CaptureOptions deviceOptions, std::shared_ptr<CaptureDriver::TapList> list)
+      : options(deviceOptions), tapList(std::move(list)) {}
+  ~CaptureWaveOut() override { Close(); }
+
+  bool Open(int deviceId, std::uint32_t sampleRate, int channels, WaveDoneCallback done,
+            void* context) override {
+    if (tap || deviceId < 0 || deviceId >= options.deviceCount || sampleRate == 0 || channels < 1 ||
+        channels > 2) {
+      return false;
+    }
+    auto opened = std::make_shared<CaptureTap>(options.pace, sampleRate, channels);
+    if (!opened->queue.Start(channels, done, context, options.applyVolume)) return false;
+    if (options.pace != CapturePace::kStepped) {
+      CaptureTap* recorder = opened.get();
+      const bool started = opened->pump.Start(
+          opened->queue, sampleRate, channels, options.pace == CapturePace::kRealTime,
+          [recorder](const std::int16_t* samples, std::size_t count) { recorder->Record(samples, count); });
+      if (!started) {
+        opened->queue.Stop();
+        return false;
+      }
+    }
+    tap = std::move(opened);
+    std::lock_guard guard(tapList->lock);
+    tapList->taps.push_back(tap);
+    return true;
+  }
+  bool Write(WaveBuffer* buffer) override { return tap && tap->queue.Push(buffer); }
+  void Pause() override {
+    if (tap) tap->queue.SetPaused(true);
+  }
+  void Restart() override {
+    if (tap) tap->queue.SetPaused(false);
+  }
+  void Reset() override {
+    if (!tap) return;
+    {
+      std::lock_guard guard(tap->recordLock);
+      ++tap->resets;
+    }
+    tap->queue.ReturnAll();
+  }
+  void Close() override {
+    if (!tap) return;
+    tap->pump.Stop();
+    tap->queue.Stop();
+    tap.reset();
+  }
+  void SetVolume(std::uint32_t volume) override {
+    if (tap) tap->queue.SetVolume(volume);
+  }
+
+ private:
+  const CaptureOptions options;
+  std::shared_ptr<CaptureDriver::TapList> tapList;
+  std::shared_ptr<CaptureTap> tap;
+};
+
+CaptureDriver::CaptureDriver(CaptureOptions driverOptions)
+    : options(driverOptions), tapList(std::make_shared<TapList>()) {}
+
+std::unique_ptr<WaveOut> CaptureDriver::Create() {
+  return std::make_unique<CaptureWaveOut>(options, tapList);
+}
+
+std::vector<std::shared_ptr<CaptureTap>> CaptureDriver::Taps() const {
+  std::lock_guard guard(tapList->lock);
+  return tapList->taps;
+}
+
+std::shared_ptr<CaptureTap> CaptureDriver::Tap(std::size_t index) const {
+  std::lock_guard guard(tapList->lock);
+  return index < tapList->taps.size() ? tapList->taps[index] : nullptr;
+}
+
+}  // namespace platform

@@ -1,0 +1,83 @@
+// Shared by the output engine's tests: a capture device installed as the
+// process's wave driver, and helpers to step it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "platform/wave_out.h"
+#include "platform/wave_out_capture.h"
+#include "playback/audio_output.h"
+#include "support/test_environment.h"
+
+namespace output_testing {
+
+inline constexpr std::uint32_t kRate = 44100;
+inline constexpr std::uint32_t kTwoSeconds = 2 * kRate * 2;
+inline constexpr std::uint32_t kBlock = playback::kBlockSamples;
+inline constexpr int kBuffersAt44100 = 12;
+
+// Polls `condition` every millisecond; false if it never held within the
+// limit, which only guards against a hang.
+inline bool WaitUntil(const std::function<bool()>& condition, int limitMs = 10000) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+// Samples 1, 2, 3, ... wrapping before 0, so that no sample is silent and a
+// lost or doubled block shows.
+inline std::vector<std::int16_t> Pattern(std::size_t count, int start = 0) {
+  std::vector<std::int16_t> samples(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    samples[i] = static_cast<std::int16_t>((static_cast<int>(i) + start) % 30000 + 1);
+  }
+  return samples;
+}
+
+class OutputTest : public testing_support::IsolatedEnvironmentTest {
+ protected:
+  void TearDown() override {
+    output.reset();
+    platform::SetWaveOutDriver(nullptr);
+    IsolatedEnvironmentTest::TearDown();
+  }
+
+  void UseCapture(platform::CapturePace pace, bool applyVolume = false, int devices = 1) {
+    driver = std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{pace, applyVolume, devices});
+    platform::SetWaveOutDriver(driver);
+  }
+
+  std::shared_ptr<platform::CaptureTap> Tap(std::size_t index = 0) { return driver->Tap(index); }
+
+  // Plays one buffer of a stepped device and waits until the engine has
+  // handed over the next one, or has gone idle.
+  void StepOne(platform::CaptureTap& tap, std::size_t inFlight = kBuffersAt44100) {
+    const int resets = tap.Resets();
+    ASSERT_EQ(tap.Advance(1), 1u);
+    ASSERT_TRUE(WaitUntil([&] { return tap.QueuedBuffers() == inFlight || tap.Resets() != resets; }));
+  }
+
+  void Step(platform::CaptureTap& tap, int count, std::size_t inFlight = kBuffersAt44100) {
+    for (int i = 0; i < count; ++i) StepOne(tap, inFlight);
+  }
+
+  // Writes all of `samples`, the way a decoder does.
+  void WriteAll(std::uint32_t handle, const std::vector<std::int16_t>& samples) {
+    ASSERT_EQ(output->WriteStream(handle, samples.data(), static_cast<std::uint32_t>(samples.size())), 1);
+  }
+
+  std::shared_ptr<platform::CaptureDriver> driver;
+  std::unique_ptr<playback::AudioOutput> output = std::make_unique<playback::AudioOutput>();
+};
+
+}  // namespace output_testing
