@@ -191,7 +191,8 @@ class AudioOutput {
   int bufferCount = 0;  // set by OpenDevice before the device is shared
 
   std::mutex deviceLock;
-  int idleCountdown = -1;  // mixing thread only
+  int idleCountdown = -1;        // mixing thread only
+  std::uint32_t returnsSeen = 0;  // mixing thread only: buffersReturned at the last block
   std::uint32_t housekeepingTick = 0;  // mixing thread only
 
   // Guarded by streamLock, and for changes of the table also by tableLock.
@@ -207,6 +208,7 @@ class AudioOutput {
   std::array<bool, kMaxBuffers> bufferInFlight{};
   std::uint32_t nextSequence = 0;
   std::atomic<std::uint32_t> buffersInFlight{0};
+  std::atomic<std::uint32_t> buffersReturned{0};  // every return since the device opened
   std::atomic<int> nextFill{-1};  // next buffer to fill; -1 while none is free
 
   std::atomic<std::uint32_t> volume{65535};  // last left volume

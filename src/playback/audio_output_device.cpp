@@ -10,10 +10,10 @@
 //      `nextFill`, writes it to the device, and moves on to the next buffer
 //      in ring order while one is free. Buffers come back in the order
 //      written, so the free ones always follow the last one written.
-//   4. When no stream has contributed for as many blocks as the device holds
-//      (plus one), all that was written has been heard: the mixer clears
-//      `runEvent`, resets and pauses the device, and sleeps until a stream
-//      plays again (WakeDevice).
+//   4. When no stream has contributed while the device returned as many
+//      buffers as it held (plus one), all that was written has been heard:
+//      the mixer clears `runEvent`, resets and pauses the device, and sleeps
+//      until a stream plays again (WakeDevice).
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -166,6 +166,7 @@ void AudioOutput::OnBufferDone(platform::WaveBuffer* buffer) {
     }
   }
   if (buffersInFlight.load() > 0) buffersInFlight.fetch_sub(1);
+  buffersReturned.fetch_add(1);
 }
 
 void AudioOutput::MixingLoop() {
@@ -250,13 +251,24 @@ void AudioOutput::RunEffect(std::int16_t* block) {
   if (output && output != block) std::memcpy(block, output, kBlockBytes);
 }
 
+// The countdown starts at the buffers in flight plus one and goes down by
+// the buffers the device has returned since: in the steady state one per
+// block. A burst of blocks into buffers that were free (after a wake) does
+// not count, so the device stops only once it has played all it was given.
 void AudioOutput::CountIdleBlock(int active) {
+  const std::uint32_t returned = buffersReturned.load();
+  const int returnedSince = static_cast<int>(returned - returnsSeen);
+  returnsSeen = returned;
   if (active) {
     idleCountdown = -1;
   } else if (idleCountdown == -1) {
     idleCountdown = static_cast<int>(buffersInFlight.load()) + 1;
-  } else if (--idleCountdown == 0) {
-    StopWhenIdle();
+  } else {
+    idleCountdown -= returnedSince;
+    if (idleCountdown <= 0) {
+      idleCountdown = -1;
+      StopWhenIdle();
+    }
   }
 }
 
