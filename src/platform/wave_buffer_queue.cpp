@@ -20,7 +20,7 @@ constexpr std::size_t kUnpacedChunk = 8192;
 WaveBufferQueue::~WaveBufferQueue() { Stop(); }
 
 bool WaveBufferQueue::Start(int deviceChannels, WaveDoneCallback doneCallback, void* doneContext,
-                            bool useVolume) {
+                            bool useVolume, Observer takenObserver, void* takenContext) {
   std::lock_guard guard(lock);
   if (running || !doneCallback) return false;
   // The process volume is read from the registry here, on the opener's
@@ -28,6 +28,8 @@ bool WaveBufferQueue::Start(int deviceChannels, WaveDoneCallback doneCallback, v
   if (useVolume) ProcessDeviceVolume();
   done = doneCallback;
   context = doneContext;
+  observer = takenObserver;
+  observerContext = takenContext;
   channels = deviceChannels;
   applyVolume = useVolume;
   paused = false;
@@ -168,6 +170,7 @@ std::size_t WaveBufferQueue::Take(std::int16_t* out, std::size_t count) {
         finishedAny = true;
       }
     }
+    if (observer && copied > 0) observer(observerContext, out, copied);
   }
   if (finishedAny) returnsReady.notify_one();
   return copied;
@@ -189,13 +192,11 @@ void WaveBufferQueue::StopConsumers() {
   audioReady.notify_all();
 }
 
-bool WavePump::Start(WaveBufferQueue& source, std::uint32_t rate, int deviceChannels, bool paced,
-                     Sink samplesSink) {
+bool WavePump::Start(WaveBufferQueue& source, std::uint32_t rate, int deviceChannels, bool paced) {
   if (thread.joinable() || rate == 0) return false;
   queue = &source;
   sampleRate = rate;
   channels = deviceChannels;
-  sink = std::move(samplesSink);
   if (paced) {
     // 10 ms of audio in whole frames.
     const std::size_t frames = std::max<std::size_t>(1, rate / 100);
@@ -229,7 +230,6 @@ void WavePump::RunPaced() {
     const auto now = Clock::now();
     if (next + kLatestStart < now) next = now;
     const std::size_t count = queue->Take(scratch.data(), scratch.size());
-    if (count > 0 && sink) sink(scratch.data(), count);
     const std::uint64_t frames = count / static_cast<std::size_t>(channels);
     next += std::chrono::nanoseconds(frames * 1'000'000'000ull / sampleRate);
     std::this_thread::sleep_until(next);
@@ -241,8 +241,7 @@ void WavePump::RunUnpaced() {
     const WaveBufferQueue::Wait result = queue->WaitForAudio(kIdleWaitMs);
     if (result == WaveBufferQueue::Wait::kStopped) return;
     if (result == WaveBufferQueue::Wait::kIdle) continue;
-    const std::size_t count = queue->Take(scratch.data(), scratch.size());
-    if (count > 0 && sink) sink(scratch.data(), count);
+    queue->Take(scratch.data(), scratch.size());
   }
 }
 

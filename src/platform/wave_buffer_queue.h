@@ -15,7 +15,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -34,9 +33,14 @@ class WaveBufferQueue {
   WaveBufferQueue& operator=(const WaveBufferQueue&) = delete;
   ~WaveBufferQueue();
 
+  // Sees every sample a consumer takes, as played, before the buffers it
+  // came from are returned. Called under the queue's lock.
+  using Observer = void (*)(void* context, const std::int16_t* samples, std::size_t count);
+
   // Starts the return thread. `applyVolume` false leaves samples as written
-  // (the capture device can record them untouched).
-  bool Start(int channels, WaveDoneCallback done, void* context, bool applyVolume);
+  // (the capture device can record them untouched). `observer` may be null.
+  bool Start(int channels, WaveDoneCallback done, void* context, bool applyVolume,
+             Observer observer = nullptr, void* observerContext = nullptr);
   // Returns what is still queued, delivers every call-back still due and
   // ends the return thread. Never from inside a call-back.
   void Stop();
@@ -70,6 +74,8 @@ class WaveBufferQueue {
 
   WaveDoneCallback done = nullptr;
   void* context = nullptr;
+  Observer observer = nullptr;
+  void* observerContext = nullptr;
   int channels = 2;
   bool applyVolume = true;
   std::atomic<std::uint32_t> volume{kFullVolume};
@@ -97,15 +103,12 @@ class WaveBufferQueue {
 // card: at real time in 10 ms chunks, or as fast as buffers arrive.
 class WavePump {
  public:
-  using Sink = std::function<void(const std::int16_t* samples, std::size_t count)>;
-
   WavePump() = default;
   WavePump(const WavePump&) = delete;
   WavePump& operator=(const WavePump&) = delete;
   ~WavePump() { Stop(); }
 
-  // `sink` (may be empty) receives every sample consumed, on the pump thread.
-  bool Start(WaveBufferQueue& queue, std::uint32_t sampleRate, int channels, bool paced, Sink sink);
+  bool Start(WaveBufferQueue& queue, std::uint32_t sampleRate, int channels, bool paced);
   // Stops consuming and joins the thread; `queue` must still exist.
   void Stop();
 
@@ -116,7 +119,6 @@ class WavePump {
   WaveBufferQueue* queue = nullptr;
   std::uint32_t sampleRate = 0;
   int channels = 2;
-  Sink sink;
   std::vector<std::int16_t> scratch;
   std::thread thread;
 };

@@ -22,9 +22,10 @@ int CaptureTap::Resets() const {
   return resets;
 }
 
-void CaptureTap::Record(const std::int16_t* samples, std::size_t count) {
-  std::lock_guard guard(recordLock);
-  recorded.insert(recorded.end(), samples, samples + count);
+void CaptureTap::Recorded(void* context, const std::int16_t* samples, std::size_t count) {
+  auto* tap = static_cast<CaptureTap*>(context);
+  std::lock_guard guard(tap->recordLock);
+  tap->recorded.insert(tap->recorded.end(), samples, samples + count);
 }
 
 std::size_t CaptureTap::Advance(std::size_t buffers) {
@@ -35,9 +36,7 @@ std::size_t CaptureTap::Advance(std::size_t buffers) {
     const std::size_t length = queue.HeadSamples();
     if (length == 0) break;
     scratch.resize(length);
-    const std::size_t got = queue.Take(scratch.data(), length);
-    if (got == 0) break;  // paused
-    Record(scratch.data(), got);
+    if (queue.Take(scratch.data(), length) == 0) break;  // paused
     ++played;
   }
   return played;
@@ -56,16 +55,14 @@ class CaptureWaveOut final : public WaveOut {
       return false;
     }
     auto opened = std::make_shared<CaptureTap>(options.pace, sampleRate, channels);
-    if (!opened->queue.Start(channels, done, context, options.applyVolume)) return false;
-    if (options.pace != CapturePace::kStepped) {
-      CaptureTap* recorder = opened.get();
-      const bool started = opened->pump.Start(
-          opened->queue, sampleRate, channels, options.pace == CapturePace::kRealTime,
-          [recorder](const std::int16_t* samples, std::size_t count) { recorder->Record(samples, count); });
-      if (!started) {
-        opened->queue.Stop();
-        return false;
-      }
+    if (!opened->queue.Start(channels, done, context, options.applyVolume, &CaptureTap::Recorded,
+                             opened.get())) {
+      return false;
+    }
+    if (options.pace != CapturePace::kStepped &&
+        !opened->pump.Start(opened->queue, sampleRate, channels, options.pace == CapturePace::kRealTime)) {
+      opened->queue.Stop();
+      return false;
     }
     tap = std::move(opened);
     std::lock_guard guard(tapList->lock);

@@ -59,7 +59,8 @@ class CaptureTap {
 
  private:
   friend class CaptureWaveOut;
-  void Record(const std::int16_t* samples, std::size_t count);
+  // The queue's observer: runs before the buffers played are returned.
+  static void Recorded(void* context, const std::int16_t* samples, std::size_t count);
 
   const CapturePace pace;
   const std::uint32_t sampleRate;
@@ -67,7 +68,7 @@ class CaptureTap {
   WaveBufferQueue queue;
   WavePump pump;
 
-  mutable std::mutex recordLock;  // guards the two below
+  mutable std::mutex recordLock;  // guards the two below; taken inside the queue's lock
   std::vector<std::int16_t> recorded;
   int resets = 0;
 };

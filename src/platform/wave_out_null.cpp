@@ -17,7 +17,7 @@ class NullWaveOut final : public WaveOut {
             void* context) override {
     if (open || sampleRate == 0 || channels < 1 || channels > 2) return false;
     if (!queue.Start(channels, done, context, false)) return false;
-    if (!pump.Start(queue, sampleRate, channels, true, {})) {
+    if (!pump.Start(queue, sampleRate, channels, true)) {
       queue.Stop();
       return false;
     }
