@@ -68,11 +68,10 @@ void WaveBufferQueue::ReturnLoop() {
     for (std::size_t i = 0; i < count; ++i) batch[i] = finished[(finishedFirst + i) % kMaxBuffers];
     finishedFirst = (finishedFirst + count) % kMaxBuffers;
     finishedCount = 0;
-    delivering = count;
     guard.unlock();
+    // Each buffer is the caller's again as its call-back begins.
     for (std::size_t i = 0; i < count; ++i) done(context, batch[i]);
     guard.lock();
-    delivering = 0;
   }
 }
 
@@ -80,7 +79,7 @@ bool WaveBufferQueue::Push(WaveBuffer* buffer) {
   if (!buffer || !buffer->data) return false;
   {
     std::lock_guard guard(lock);
-    if (!running || queuedCount + finishedCount + delivering >= kMaxBuffers) return false;
+    if (!running || queuedCount + finishedCount >= kMaxBuffers) return false;
     queued[(queuedFirst + queuedCount) % kMaxBuffers] = buffer;
     ++queuedCount;
   }

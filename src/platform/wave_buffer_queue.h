@@ -25,7 +25,7 @@ namespace platform {
 
 class WaveBufferQueue {
  public:
-  // Buffers a device holds at most, from Write until their call-back is done.
+  // Buffers a device holds at most, from Write until their call-back begins.
   static constexpr std::size_t kMaxBuffers = 64;
 
   WaveBufferQueue() = default;
@@ -92,7 +92,6 @@ class WaveBufferQueue {
   std::array<WaveBuffer*, kMaxBuffers> finished{};
   std::size_t finishedFirst = 0;
   std::size_t finishedCount = 0;
-  std::size_t delivering = 0;  // call-backs under way outside the lock
   bool running = false;
   bool paused = false;
   bool stopping = false;

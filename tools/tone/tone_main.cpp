@@ -118,20 +118,27 @@ void Report(const platform::CaptureTap& tap, const std::vector<std::int16_t>& to
   const bool exact = whole && std::equal(tone.begin(), tone.end(), played.begin() + static_cast<std::ptrdiff_t>(start));
   double sumOfSquares = 0;
   int peak = 0;
-  int crossings = 0;
+  // Rising zero crossings of the left channel give the frequency.
+  std::size_t crossings = 0;
+  std::size_t firstCrossing = 0;
+  std::size_t lastCrossing = 0;
   const std::size_t end = std::min(played.size(), start + tone.size());
   for (std::size_t i = start; i < end; i += 2) {
     const int left = played[i];
     sumOfSquares += static_cast<double>(left) * left;
     peak = std::max(peak, std::abs(left));
-    if (i >= start + 2 && played[i - 2] < 0 && left >= 0) ++crossings;
+    if (i >= start + 2 && played[i - 2] < 0 && left >= 0) {
+      if (crossings++ == 0) firstCrossing = i;
+      lastCrossing = i;
+    }
   }
   const double frames = static_cast<double>(end - start) / 2;
   const double rms = std::sqrt(sumOfSquares / frames) / 32768.0;
+  const double cycleFrames = crossings > 1 ? static_cast<double>(lastCrossing - firstCrossing) / 2 / (crossings - 1) : 0;
   std::printf("tone starts at frame %zu, after %.3f s of the device's silence\n", start / 2,
               static_cast<double>(start / 2) / tap.SampleRate());
-  std::printf("left channel: peak %d, level %.1f dBFS, about %.1f Hz\n", peak, 20 * std::log10(rms),
-              crossings / (frames / tap.SampleRate()));
+  std::printf("left channel: peak %d, level %.1f dBFS, %.1f Hz\n", peak, 20 * std::log10(rms),
+              cycleFrames > 0 ? tap.SampleRate() / cycleFrames : 0.0);
   std::printf("the captured samples %s the %.0f Hz tone that was written\n",
               exact ? "are exactly" : "differ from", options.frequency);
 }
