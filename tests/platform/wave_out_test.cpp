@@ -119,19 +119,6 @@ TEST(WaveOutTest, APausedDevicePlaysNothingAndRestartsWhereItStopped) {
   EXPECT_EQ(driver.Tap(0)->Samples(), buffers.Joined(0, 3));
 }
 
-TEST(WaveOutTest, ADeviceHoldsAtMostSixtyFourBuffers) {
-  CaptureDriver driver(CaptureOptions{CapturePace::kStepped, false});
-  Returns returns;
-  Buffers buffers(65, 2);
-  auto device = driver.Create();
-  ASSERT_TRUE(device->Open(0, 8000, 2, &Returns::Done, &returns));
-  for (std::size_t i = 0; i < 64; ++i) ASSERT_TRUE(device->Write(&buffers.headers[i]));
-  EXPECT_FALSE(device->Write(&buffers.headers[64]));
-  EXPECT_EQ(driver.Tap(0)->Advance(1), 1u);
-  ASSERT_TRUE(returns.WaitFor(1));
-  EXPECT_TRUE(device->Write(&buffers.headers[64]));
-}
-
 TEST(WaveOutTest, BadOpensFailAndADriverWithoutDevicesSaysSo) {
   CaptureDriver driver;
   Returns returns;

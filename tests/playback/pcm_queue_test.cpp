@@ -37,7 +37,7 @@ std::uint32_t Write(PcmQueue& queue, const std::vector<std::int16_t>& samples, i
   return written;
 }
 
-TEST(PcmQueueTest, ReadsTakeTheOldestSamplesAndMoveTheRestDown) {
+TEST(PcmQueueTest, ReadsTakeTheOldestSamplesAndWritesStopAtCapacity) {
   PcmQueue queue;
   ASSERT_EQ(queue.Allocate(100), 1);
   EXPECT_EQ(queue.Capacity(), 100u);
@@ -52,13 +52,9 @@ TEST(PcmQueueTest, ReadsTakeTheOldestSamplesAndMoveTheRestDown) {
   EXPECT_EQ(out, Counting(4));
   EXPECT_EQ(ReadAll(queue), Counting(11, 5));
   EXPECT_EQ(queue.Fill(), 0u);
-}
 
-TEST(PcmQueueTest, AWriteAboveCapacityTakesOnlyCapacity) {
-  PcmQueue queue;
-  ASSERT_EQ(queue.Allocate(100), 1);
   int result = 0;
-  EXPECT_EQ(Write(queue, Counting(150), &result), 100u);
+  EXPECT_EQ(Write(queue, Counting(150), &result), 100u) << "no more than the capacity at once";
   EXPECT_EQ(result, 1);
   EXPECT_EQ(ReadAll(queue), Counting(100));
 }
@@ -104,15 +100,12 @@ TEST(PcmQueueTest, LeadingSilenceIsDroppedInStereoPairsButCountsAsWritten) {
   queue.SetParam(PcmQueue::kSilenceThreshold, 500);
   Write(queue, std::vector<std::int16_t>{1, 2, 500, 4});
   EXPECT_EQ(ReadAll(queue), (std::vector<std::int16_t>{500, 4}));
-}
 
-TEST(PcmQueueTest, SoundOnlyInTheLastOddPlaceDropsTheWholeChunk) {
-  PcmQueue queue;
-  ASSERT_EQ(queue.Allocate(100), 1);
+  // Sound only in the last, odd place: the rounding takes the whole chunk,
+  // but the sound was found, so what follows stays.
   queue.SetParam(PcmQueue::kSilenceThreshold, 500);
   Write(queue, std::vector<std::int16_t>{0, 0, 0, -32768});
   EXPECT_EQ(queue.Fill(), 0u);
-  // The sound was found all the same: what follows is kept.
   Write(queue, std::vector<std::int16_t>{1, 2});
   EXPECT_EQ(ReadAll(queue), (std::vector<std::int16_t>{1, 2}));
 }
