@@ -137,6 +137,7 @@ std::uint32_t LibmadBackEnd::DeliverPcm(std::uint8_t* output, std::uint32_t outp
   const mad_pcm& pcm = codec->synth.pcm;
   const unsigned channels = outputChannels != 0 ? outputChannels : std::min<unsigned>(pcm.channels, 2);
   const std::uint32_t bytes = pcm.length * channels * sizeof(std::int16_t);
+  if (bytes > heldOutput.size()) return 0;  // libmad makes at most 1152 samples a frame
   if (bytes <= outputSize) {
     ConvertPcm(pcm, channels, output);
     return bytes;

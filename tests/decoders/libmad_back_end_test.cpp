@@ -60,32 +60,17 @@ class LibmadBackEndTest : public ::testing::Test {
   LibmadBackEnd backEnd;
 };
 
-TEST_F(LibmadBackEndTest, OneWholeFramePerCall) {
-  for (std::size_t i = 0; i < 10; ++i) {
-    const Call call = DecompressFrame(backEnd, file, frames[i]);
-    ASSERT_EQ(call.answer, Mp3BackEnd::kDecoded) << "frame " << i;
-    EXPECT_EQ(call.consumed, frames[i].length) << "frame " << i;
-    EXPECT_EQ(call.outputBytes, 1152u * 2 * 2) << "frame " << i;
-  }
-}
-
 TEST_F(LibmadBackEndTest, WithoutACodecEveryCallAnswersNoCodec) {
   LibmadBackEnd fresh;
   EXPECT_EQ(DecompressFrame(fresh, file, frames[0]).answer, Mp3BackEnd::kNoCodec);
-  EXPECT_FALSE(fresh.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
   EXPECT_TRUE(backEnd.close(1));
   EXPECT_EQ(DecompressFrame(backEnd, file, frames[0]).answer, Mp3BackEnd::kNoCodec);
   EXPECT_TRUE(backEnd.init(0));
-  EXPECT_TRUE(backEnd.init(0));  // already open
   EXPECT_EQ(DecompressFrame(backEnd, file, frames[0]).answer, Mp3BackEnd::kDecoded);
-}
-
-TEST_F(LibmadBackEndTest, RefusedFormatClosesTheCodec) {
-  decoders::Mp3WaveFormat noChannels = decoders::MakeMp3WaveFormat(0, 44100);
-  decoders::Mp3WaveFormat noRate = decoders::MakeMp3WaveFormat(2, 0);
+  // A refused format closes the codec: the track ends rather than playing.
   decoders::Mp3WaveFormat pcm = decoders::MakeMp3WaveFormat(2, 44100);
   pcm.formatTag = 1;
-  for (const auto& format : {noChannels, noRate, pcm}) {
+  for (const auto& format : {decoders::MakeMp3WaveFormat(0, 44100), decoders::MakeMp3WaveFormat(2, 0), pcm}) {
     ASSERT_TRUE(backEnd.init(0));
     EXPECT_FALSE(backEnd.setformat(format));
     EXPECT_EQ(DecompressFrame(backEnd, file, frames[0]).answer, Mp3BackEnd::kNoCodec);
