@@ -47,6 +47,10 @@ void Thread::Join() {
   if (thread_.joinable() && thread_.get_id() != std::this_thread::get_id()) thread_.join();
 }
 
+void Thread::Detach() {
+  if (thread_.joinable()) thread_.detach();
+}
+
 bool Thread::IsCurrent() const { return thread_.get_id() == std::this_thread::get_id(); }
 
 bool Thread::SetPriority(int priority) {

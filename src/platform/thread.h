@@ -37,6 +37,10 @@ class Thread {
   bool Start(std::function<void()> body, int priority = kPriorityNormal);
   // Waits for the thread to end; does nothing when none was started.
   void Join();
+  // Lets a running thread go on by itself and frees the object for a new
+  // Start. Only for a body that touches nothing its owner may destroy (a
+  // worker that gave up waiting for a slow read, for instance).
+  void Detach();
   bool Joinable() const { return thread_.joinable(); }
   // True when called from this thread itself.
   bool IsCurrent() const;
