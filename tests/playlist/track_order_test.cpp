@@ -1,0 +1,297 @@
+// The order of play: NextTrack, PreviousTrack, shuffle and the repeat modes.
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <random>
+#include <set>
+
+#include "playlist_fixture.h"
+
+namespace {
+
+using namespace playlist;
+using playlist_testing::PlaylistTest;
+
+// Hands out the values it was given, then repeats the last one.
+class ScriptedRandom : public RandomGenerator {
+ public:
+  explicit ScriptedRandom(std::deque<int> script, int* seeds = nullptr, int* draws = nullptr)
+      : values(std::move(script)), seedCount(seeds), drawCount(draws) {}
+  void Seed(std::uint32_t) override {
+    if (seedCount) ++*seedCount;
+  }
+  int Next() override {
+    if (drawCount) ++*drawCount;
+    if (values.size() > 1) {
+      const int value = values.front();
+      values.pop_front();
+      return value;
+    }
+    return values.empty() ? 0 : values.front();
+  }
+
+ private:
+  std::deque<int> values;
+  int* seedCount;
+  int* drawCount;
+};
+
+class TrackOrderTest : public PlaylistTest {
+ protected:
+  void Fill(int count) {
+    view.ClearAll();
+    for (int i = 0; i < count; ++i) view.AddEntry("/m/" + std::to_string(i) + ".mp3");
+  }
+  static std::string Path(int index) { return "/m/" + std::to_string(index) + ".mp3"; }
+  int Next(bool honourOrder, bool userStep) {
+    const auto path = view.NextTrack(honourOrder, userStep);
+    if (!path) return -1;
+    EXPECT_EQ(*path, view.PathAt(view.CurrentIndex()));
+    return view.CurrentIndex();
+  }
+  int Previous() { return view.PreviousTrack() ? view.CurrentIndex() : -1; }
+  int CurrentMarks() const {
+    int marks = 0;
+    for (int i = 0; i < view.ItemCount(); ++i) marks += (view.FlagsAt(i) & ITEM_CURRENT) ? 1 : 0;
+    return marks;
+  }
+};
+
+TEST_F(TrackOrderTest, PlainOrderEndsAtTheLastEntry) {
+  Fill(1);
+  view.SetCurrentIndex(0);
+  view.CurrentPath();
+  EXPECT_EQ(Next(true, false), -1);
+  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT) << "the end of the list changes nothing";
+  EXPECT_EQ(view.NextStamp(), 1u);
+
+  Fill(3);
+  view.SetCurrentIndex(-1);
+  EXPECT_EQ(Next(true, true), 1) << "from no entry, the first step lands on the second";
+  EXPECT_EQ(Next(true, true), 2);
+  EXPECT_EQ(Next(true, true), -1);
+  EXPECT_EQ(view.CurrentIndex(), 2);
+  EXPECT_EQ(CurrentMarks(), 1);
+}
+
+TEST_F(TrackOrderTest, RepeatAllWrapsUnlessOrderIsIgnored) {
+  Fill(3);
+  view.SetRepeatMode(kRepeatAll);
+  view.SetCurrentIndex(2);
+  EXPECT_EQ(Next(false, true), -1) << "a plain step ignores repeat";
+  EXPECT_EQ(Next(true, false), 0);
+  EXPECT_EQ(Next(true, false), 1);
+  EXPECT_EQ(view.PlayStampAt(0), 1u);
+  EXPECT_EQ(view.PlayStampAt(1), 2u);
+}
+
+TEST_F(TrackOrderTest, RepeatOneStaysAtTheEndOfATrackAndMovesOnForTheUser) {
+  Fill(3);
+  view.SetRepeatMode(kRepeatOne);
+  view.SetCurrentIndex(1);
+  EXPECT_EQ(Next(true, false), 1);
+  EXPECT_EQ(view.PlayStampAt(1), 1u);
+  EXPECT_EQ(Next(true, false), 1);
+  EXPECT_EQ(view.PlayStampAt(1), 2u) << "each repeat is a new stamp";
+  EXPECT_EQ(Next(true, true), 2);
+  EXPECT_EQ(Next(true, true), 0) << "a user step past the end wraps";
+
+  view.SetShuffle(true);  // repeat one wins over shuffle
+  EXPECT_EQ(Next(true, false), 0);
+  EXPECT_EQ(Next(true, true), 1);
+}
+
+TEST_F(TrackOrderTest, RepeatSelectedWalksTheSelection) {
+  Fill(7);
+  view.SetRepeatMode(kRepeatSelected);
+  view.SetCurrentIndex(5);
+  EXPECT_EQ(Next(true, false), 5) << "nothing selected: the ended entry again";
+  view.SetFlags(2, ITEM_SELECTED, true);
+  view.SetFlags(5, ITEM_SELECTED, true);
+  EXPECT_EQ(view.NextSelected(6), 2) << "the search wraps";
+  EXPECT_EQ(Next(true, false), 2);
+  EXPECT_EQ(Next(true, true), 5);
+  view.SetFlags(2, ITEM_SELECTED, false);
+  EXPECT_EQ(Next(true, false), 5) << "the only selected entry plays again";
+  EXPECT_EQ(CurrentMarks(), 1);
+}
+
+TEST_F(TrackOrderTest, ShuffleDrawsEachEntryOncePerCycleAndNeverEnds) {
+  Fill(5);
+  view.SetShuffle(true);
+  view.SetCurrentIndex(0);
+  std::set<int> drawn;
+  for (int i = 0; i < 5; ++i) drawn.insert(Next(true, false));
+  EXPECT_EQ(drawn, (std::set<int>{0, 1, 2, 3, 4}));
+  for (int i = 0; i < 5; ++i) EXPECT_TRUE(view.FlagsAt(i) & ITEM_PLAYED);
+  const int sixth = Next(true, false);
+  ASSERT_GE(sixth, 0) << "shuffle without repeat starts a new cycle";
+  int played = 0;
+  for (int i = 0; i < 5; ++i) played += (view.FlagsAt(i) & ITEM_PLAYED) ? 1 : 0;
+  EXPECT_EQ(played, 1);
+  EXPECT_EQ(Next(false, true), sixth == 4 ? -1 : sixth + 1) << "a plain step ignores shuffle";
+}
+
+TEST_F(TrackOrderTest, ShuffleFallsBackToTheFirstUnplayedEntry) {
+  Fill(4);
+  view.SetRandomGenerator(std::make_unique<ScriptedRandom>(std::deque<int>{32767}));
+  view.SetShuffle(true);
+  view.SetCurrentIndex(0);
+  EXPECT_EQ(view.RandomIndex(), 3) << "the top value is kept below the count";
+  EXPECT_EQ(Next(true, false), 3);
+  EXPECT_EQ(Next(true, false), 0) << "a hundred misses, then the scan from the start";
+  EXPECT_EQ(Next(true, false), 1);
+  EXPECT_EQ(Next(true, false), 2);
+  EXPECT_EQ(Next(true, false), 3) << "a new cycle may begin with the entry that ended the last";
+
+  view.AddEntry("/m/new.mp3");
+  view.SetShuffle(false);
+  view.SetShuffle(true);
+  EXPECT_EQ(view.RandomIndex(), 4);
+  EXPECT_EQ(Next(true, false), 4) << "an entry added mid-cycle can be drawn at once";
+  EXPECT_EQ(Next(true, false), 0) << "switching shuffle off and on keeps the cycle";
+
+  Fill(1);
+  view.SetCurrentIndex(0);
+  EXPECT_EQ(Next(true, false), 0);
+  EXPECT_EQ(Next(true, false), 0) << "one entry: every draw is that entry";
+}
+
+TEST_F(TrackOrderTest, RandomIndexAndReseeding) {
+  int seeds = 0;
+  int draws = 0;
+  Fill(10);
+  view.SetRandomGenerator(std::make_unique<ScriptedRandom>(std::deque<int>{0, 16383, 32766}, &seeds, &draws));
+  EXPECT_EQ(view.RandomIndex(), 0);
+  EXPECT_EQ(view.RandomIndex(), 4);
+  EXPECT_EQ(view.RandomIndex(), 9);
+  view.SetShuffle(false);
+  EXPECT_EQ(seeds, 1);
+  EXPECT_EQ(draws, 103) << "each switch draws a hundred values and drops them";
+
+  CrtRandom crt(1);
+  EXPECT_EQ(crt.Next(), 41);
+  EXPECT_EQ(crt.Next(), 18467);
+  view.SetRandomGenerator(std::make_unique<ScriptedRandom>(std::deque<int>{32766}));
+  Fill(100000);
+  EXPECT_EQ(view.RandomIndex(), 99996) << "a long list times 32767 overflows 32 bits";
+}
+
+TEST_F(TrackOrderTest, PreviousWalksTheStampsBackThenTheIndex) {
+  Fill(3);
+  view.SetCurrentIndex(0);
+  EXPECT_EQ(Previous(), -1) << "nothing before the first entry";
+  EXPECT_EQ(view.CurrentIndex(), 0);
+
+  view.SetRepeatMode(kRepeatAll);
+  view.SetCurrentIndex(2);
+  Next(true, false);
+  Next(true, false);
+  Next(true, false);  // stamps 1, 2, 3 on entries 0, 1, 2
+  EXPECT_EQ(view.NextStamp(), 4u);
+  EXPECT_EQ(Previous(), 1);
+  EXPECT_EQ(view.NextStamp(), 3u);
+  EXPECT_EQ(view.PlayStampAt(2), 0u) << "the abandoned stamp is cleared";
+  EXPECT_EQ(Previous(), 0);
+  EXPECT_EQ(view.NextStamp(), 2u);
+  EXPECT_EQ(Previous(), -1) << "at stamp 2 the walk is over, and by index there's nothing before 0";
+  EXPECT_EQ(CurrentMarks(), 1);
+  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT);
+  EXPECT_EQ(Next(true, false), 1);
+  EXPECT_EQ(view.PlayStampAt(1), 2u) << "the next step stamps over the abandoned place";
+}
+
+TEST_F(TrackOrderTest, PreviousSkipsTheStampOfARemovedEntryAndFollowsMovedOnes) {
+  Fill(4);
+  view.SetRepeatMode(kRepeatAll);
+  view.SetCurrentIndex(3);
+  for (int i = 0; i < 4; ++i) Next(true, false);  // stamps 1..4 on entries 0..3
+  view.SwapEntries(2, 3);
+  view.ReleaseEntriesFrom(3);  // entry "2" with stamp 3 is gone
+  view.ResyncCurrent();
+  ASSERT_EQ(view.CurrentIndex(), 2);
+  EXPECT_EQ(Previous(), 1);
+  EXPECT_EQ(view.NextStamp(), 3u);
+
+  view.SwapEntries(0, 2);
+  EXPECT_EQ(Previous(), 2) << "the stamp travelled with its record";
+  EXPECT_EQ(view.PathAt(2), Path(0));
+}
+
+TEST_F(TrackOrderTest, ShuffleWalksAHundredThousandEntriesOnce) {
+  Fill(100000);
+  view.SetShuffle(true);
+  std::vector<char> seen(100000, 0);
+  std::vector<int> order;
+  for (int i = 0; i < 100000; ++i) {
+    const int index = Next(true, false);
+    ASSERT_GE(index, 0);
+    ASSERT_FALSE(seen[static_cast<std::size_t>(index)]) << "drawn twice in one cycle: " << index;
+    seen[static_cast<std::size_t>(index)] = 1;
+    order.push_back(index);
+  }
+  EXPECT_EQ(Previous(), order[99998]);
+  EXPECT_EQ(Previous(), order[99997]);
+}
+
+}  // namespace
+
+namespace {
+
+// The walk back as the list has always done it, one stamp at a time; the
+// view does it in one pass. Both must agree on every arrangement of stamps.
+struct LiteralWalk {
+  std::vector<std::uint32_t> stamps;
+  std::uint32_t nextStamp;
+  int found = -1;
+
+  void Run(bool historyOn) {
+    if (!historyOn) return;
+    while (nextStamp >= 3) {
+      --nextStamp;
+      for (auto& stamp : stamps) {
+        if (stamp >= nextStamp) stamp = 0;
+      }
+      for (std::size_t i = 0; i < stamps.size(); ++i) {
+        if (stamps[i] == nextStamp - 1) {
+          found = static_cast<int>(i);
+          return;
+        }
+      }
+    }
+  }
+};
+
+TEST_F(TrackOrderTest, TheOnePassWalkBackMatchesTheStepByStepWalk) {
+  std::mt19937 generator(20240611);
+  const auto roll = [&generator](int below) { return static_cast<int>(generator() % static_cast<unsigned>(below)); };
+  Fill(12);
+  for (int step = 0; step < 5000; ++step) {
+    switch (roll(8)) {
+      case 0: view.SetRepeatMode(roll(4)); break;
+      case 1: view.SwapEntries(roll(view.ItemCount()), roll(view.ItemCount())); break;
+      case 2:
+        if (view.ItemCount() > 3) view.ReleaseEntriesFrom(view.ItemCount() - 1 - roll(2));
+        break;
+      case 3: view.AddEntry(Path(roll(100))); break;
+      case 4: view.SetShuffle(roll(2) == 1); break;
+      case 5: {
+        LiteralWalk walk;
+        for (int i = 0; i < view.ItemCount(); ++i) walk.stamps.push_back(view.PlayStampAt(i));
+        walk.nextStamp = view.NextStamp();
+        walk.Run(view.Shuffle() || view.RepeatMode() != 0);
+        const int before = std::max(view.CurrentIndex(), 0);
+        const auto path = view.PreviousTrack();
+        const int expected = walk.found >= 0 ? walk.found : (before >= 1 ? before - 1 : -1);
+        ASSERT_EQ(path ? view.CurrentIndex() : -1, expected) << "step " << step;
+        ASSERT_EQ(view.NextStamp(), walk.nextStamp) << "step " << step;
+        for (int i = 0; i < view.ItemCount(); ++i) ASSERT_EQ(view.PlayStampAt(i), walk.stamps[i]) << i;
+        break;
+      }
+      default: view.NextTrack(roll(4) != 0, roll(2) == 1); break;
+    }
+    if (view.CurrentIndex() >= view.ItemCount()) view.SetCurrentIndex(view.ItemCount() - 1);
+  }
+}
+
+}  // namespace
