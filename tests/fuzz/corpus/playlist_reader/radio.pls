@@ -1,0 +1,10 @@
+[playlist]
+NumberOfEntries=3
+File1=/music/a.mp3
+Title1=A
+Length1=10
+File2=http://stream.example:8000/
+Title2=Radio
+Length2=-1
+File3=a.asx
+Version=2
