@@ -6,7 +6,7 @@ namespace playlist {
 
 bool LineReader::Fill() {
   position = 0;
-  filled = std::fread(buffer.data(), 1, buffer.size(), file);
+  filled = std::fread(buffer.get(), 1, kBufferBytes, file);
   return filled > 0;
 }
 
@@ -35,11 +35,11 @@ bool LineReader::Next(std::string& line, bool& overlong) {
       }
     }
     any = true;
-    const char* begin = buffer.data() + position;
-    const char* end = buffer.data() + filled;
+    const char* begin = buffer.get() + position;
+    const char* end = buffer.get() + filled;
     const char* stop = std::find_if(begin, end, [](char c) { return c == '\n' || c == '\r'; });
     Take(begin, stop, line, overlong);
-    position = static_cast<std::size_t>(stop - buffer.data());
+    position = static_cast<std::size_t>(stop - buffer.get());
     if (stop != end) {
       skipLineFeed = *stop == '\r';
       ++position;

@@ -9,8 +9,8 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <string>
-#include <vector>
 
 namespace playlist {
 
@@ -30,7 +30,8 @@ class LineReader {
   void Take(const char* begin, const char* end, std::string& line, bool& overlong) const;
 
   std::FILE* file;
-  std::vector<char> buffer = std::vector<char>(65536);
+  static constexpr std::size_t kBufferBytes = 16384;
+  std::unique_ptr<char[]> buffer = std::make_unique_for_overwrite<char[]>(kBufferBytes);
   std::size_t position = 0;
   std::size_t filled = 0;
   bool skipLineFeed = false;  // the last line ended in "\r"

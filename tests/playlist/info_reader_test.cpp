@@ -177,14 +177,4 @@ TEST_F(InfoReaderTest, ShapeChangesWhileReadersRun) {
   }
 }
 
-TEST_F(InfoReaderTest, DestroyingTheListStopsItsReader) {
-  for (int i = 0; i < 200; ++i) decoder.Set(Entry(i), {"T", 1, 0});
-  for (int round = 0; round < 20; ++round) {
-    PlaylistView scoped(formats);
-    for (int i = 0; i < 200; ++i) scoped.AddEntry(Entry(i));
-    scoped.StartInfoThread();
-  }
-  SUCCEED();
-}
-
 }  // namespace

