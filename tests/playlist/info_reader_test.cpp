@@ -22,14 +22,12 @@ class GatedDecoder : public FakeDecoder {
   std::string gatedPath;
   platform::Event entered;
   platform::Event gate;
-  platform::Event returned;
 
  protected:
   void BeforeRead(const std::string& path) override {
     if (path != gatedPath) return;
     entered.Set();
     gate.Wait(20000);
-    returned.Set();
   }
 };
 
@@ -131,22 +129,21 @@ TEST_F(InfoReaderTest, AReaderStuckInAReadIsLeftBehindAndTouchesNothing) {
   const auto start = std::chrono::steady_clock::now();
   gatedView->ClearAll();  // gives up after the wait and goes on
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(PlaylistView::kStopWaitMs - 100));
-  EXPECT_FALSE(gated.returned.IsSet()) << "the read was still going on";
+  EXPECT_EQ(gated.FinishedReads(), 0) << "the read was still going on";
   gatedView->AddEntry(Entry(0));  // a new record where the old one stood
   gated.gate.Set();
-  ASSERT_TRUE(gated.returned.Wait(10000));
+  ASSERT_TRUE(gated.WaitForFinishedReads(1));
   platform::SleepMs(50);  // time for the stale reader to find its stop flag
   EXPECT_FALSE(gatedView->FlagsAt(0) & ITEM_HAS_INFO);
   EXPECT_EQ(gatedView->TitleAt(0), "");
 
   // The same, with the list destroyed while the old reader still waits.
-  for (platform::Event* event : {&gated.entered, &gated.gate, &gated.returned}) event->Reset();
+  for (platform::Event* event : {&gated.entered, &gated.gate}) event->Reset();
   gatedView->StartInfoThread();
   ASSERT_TRUE(gated.entered.Wait(10000));
   gatedView.reset();
   gated.gate.Set();
-  ASSERT_TRUE(gated.returned.Wait(10000));
-  platform::SleepMs(50);
+  ASSERT_TRUE(gated.WaitForFinishedReads(2));  // before the decoder is destroyed
 }
 
 // Changes of every kind while readers run; ThreadSanitizer checks the sharing.

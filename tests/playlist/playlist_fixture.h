@@ -6,9 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "playback/format_registry.h"
@@ -27,24 +29,40 @@ class FakeDecoder : public playback::MediaDecoder {
     std::uint32_t durationMs = 0;
     std::uint32_t trackNumber = 0;
   };
-  void Set(const std::string& path, Details details) {
+  void Set(const std::string& path, Details pathDetails) {
     std::lock_guard guard(lock);
-    known[path] = std::move(details);
+    details[path] = std::move(pathDetails);
   }
   int Reads() const { return reads.load(); }
+  int FinishedReads() const { return finished.load(std::memory_order_acquire); }
+  // Waits until `count` reads have returned; a reader thread's last touch of
+  // this decoder is then behind the caller.
+  bool WaitForFinishedReads(int count) const {
+    for (int waited = 0; finished.load(std::memory_order_acquire) < count; ++waited) {
+      if (waited == 20000) return false;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+  }
   bool GetFileDetails(const std::string& path, std::string* display, std::string*,
                       playback::FormatSummary* summary, std::uint32_t* durationMs, std::uint32_t* reserved,
                       std::string*, std::string*) override {
     reads.fetch_add(1);
     BeforeRead(path);
-    std::lock_guard guard(lock);
-    const auto found = known.find(path);
-    if (found == known.end()) return false;
-    if (display) *display = found->second.title;
-    if (durationMs) *durationMs = found->second.durationMs;
-    if (summary) summary->trackNumber = found->second.trackNumber;
-    if (reserved) *reserved = 0;
-    return true;
+    bool known = false;
+    {
+      std::lock_guard guard(lock);
+      const auto found = details.find(path);
+      if (found != details.end()) {
+        known = true;
+        if (display) *display = found->second.title;
+        if (durationMs) *durationMs = found->second.durationMs;
+        if (summary) summary->trackNumber = found->second.trackNumber;
+        if (reserved) *reserved = 0;
+      }
+    }
+    finished.fetch_add(1, std::memory_order_release);
+    return known;
   }
 
  protected:
@@ -52,8 +70,9 @@ class FakeDecoder : public playback::MediaDecoder {
 
  private:
   std::mutex lock;
-  std::map<std::string, Details> known;
+  std::map<std::string, Details> details;
   std::atomic<int> reads{0};
+  std::atomic<int> finished{0};
 };
 
 // Playlists 500 to 502 and "mp3" enabled, the native list's row disabled.
