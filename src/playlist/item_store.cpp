@@ -1,5 +1,7 @@
 #include "playlist/item_store.h"
 
+#include <climits>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -26,7 +28,8 @@ void ResetItem(PlaylistItem& item) {
 
 bool ItemStore::Grow(int extra) {
   if (extra <= 0) return true;
-  const std::size_t newBlocks = static_cast<std::size_t>((extra + kGrowStep - 1) / kGrowStep);
+  const auto newBlocks = static_cast<std::size_t>((std::int64_t{extra} + kGrowStep - 1) / kGrowStep);
+  if (static_cast<std::int64_t>(blocks.size() + newBlocks) * kGrowStep > INT_MAX) return false;
   try {
     std::vector<std::unique_ptr<Block>> added;
     added.reserve(newBlocks);

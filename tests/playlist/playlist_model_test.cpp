@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 #include "platform/event.h"
 #include "platform/message_queue.h"
 #include "playlist/file_title.h"
@@ -27,6 +29,10 @@ TEST_F(ModelTest, StorageGrowsAHundredAtATimeAndKeepsDuplicates) {
   EXPECT_EQ(view.PathAt(100), view.PathAt(0)) << "no check for duplicates";
   EXPECT_EQ(view.PathAt(57), "/m/57.mp3") << "growing moved nothing out of place";
   EXPECT_FALSE(view.AddEntry("")) << "an empty path is no entry";
+  EXPECT_TRUE(view.GrowItems(150));
+  EXPECT_EQ(view.Capacity(), 400) << "in whole steps of 100";
+  EXPECT_FALSE(view.GrowItems(INT_MAX));
+  EXPECT_EQ(view.Capacity(), 400);
 
   view.ClearAll();
   EXPECT_EQ(view.Capacity(), 0);
