@@ -1,6 +1,6 @@
 // The info reader: a thread that fills in titles, durations and track numbers.
 //
-// 1. StartInfoThread makes a ReaderRun (stop flag, started flag, done event)
+// 1. StartInfoThread makes a ReaderRun (stop flag, started flag, done signal)
 //    and starts the thread at priority 4. The thread holds the run and the
 //    list's lock by shared pointers, so both outlive the view if they must.
 // 2. The thread walks the entries from index 0, re-reading the count at each
@@ -18,18 +18,42 @@
 // detached: when it returns it takes the lock, finds the flag set and leaves
 // without touching the list, which may have changed or gone meanwhile.
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 
-#include "platform/event.h"
 #include "platform/text.h"
 #include "playback/format_summary.h"
 #include "playlist/playlist_view.h"
 
 namespace playlist {
 
+// What a reader shares with the view. It has its own lock and condition, not
+// the process-wide ones of platform::Event, so that a reader left behind touches
+// nothing but shared-owned memory, even while the process ends.
 struct PlaylistView::ReaderRun {
   std::atomic<bool> stop{false};     // written under the list's lock
   std::atomic<bool> started{false};  // the body has begun
-  platform::Event done{/*manualReset=*/true};
+
+  void MarkDone() {
+    {
+      std::lock_guard guard(doneLock);
+      done = true;
+    }
+    doneSignal.notify_all();
+  }
+  bool WaitDone(int timeoutMs) {
+    std::unique_lock guard(doneLock);
+    return doneSignal.wait_for(guard, std::chrono::milliseconds(timeoutMs), [this] { return done; });
+  }
+  bool IsDone() {
+    std::lock_guard guard(doneLock);
+    return done;
+  }
+
+ private:
+  std::mutex doneLock;
+  std::condition_variable doneSignal;
+  bool done = false;  // guarded by doneLock
 };
 
 struct PlaylistView::ReaderContext {
@@ -41,7 +65,7 @@ struct PlaylistView::ReaderContext {
 
 void PlaylistView::StartInfoThread() {
   if (readerRun) {
-    if (!readerRun->done.IsSet()) return;
+    if (!readerRun->IsDone()) return;
     readerThread.Join();  // it walked to the end by itself
     readerRun.reset();
   }
@@ -59,7 +83,7 @@ void PlaylistView::StopInfoThread() {
     readerRun->stop.store(true, std::memory_order_relaxed);
   }
   // A reader that hasn't even begun will see the flag at once: join it.
-  if (readerRun->done.Wait(kStopWaitMs) || !readerRun->started.load(std::memory_order_relaxed)) {
+  if (readerRun->WaitDone(kStopWaitMs) || !readerRun->started.load(std::memory_order_relaxed)) {
     readerThread.Join();
   } else {
     readerThread.Detach();
@@ -67,7 +91,7 @@ void PlaylistView::StopInfoThread() {
   readerRun.reset();
 }
 
-bool PlaylistView::InfoThreadRunning() const { return readerRun && !readerRun->done.IsSet(); }
+bool PlaylistView::InfoThreadRunning() const { return readerRun && !readerRun->IsDone(); }
 
 void PlaylistView::InfoThreadMain(const ReaderContext& context) {
   ReaderRun& run = *context.run;
@@ -104,7 +128,7 @@ void PlaylistView::InfoThreadMain(const ReaderContext& context) {
     std::lock_guard guard(*context.lock);
     if (!stopped() && context.view->listWindow != nullptr) context.view->listWindow->PostReadingDone();
   }
-  run.done.Set();
+  run.MarkDone();
 }
 
 }  // namespace playlist
