@@ -1,0 +1,251 @@
+#include "shell/player_app.h"
+
+#include <sys/stat.h>
+
+#include "platform/event.h"
+#include "platform/paths.h"
+#include "platform/registry.h"
+#include "platform/text.h"
+#include "platform/text_format.h"
+#include "platform/texts.h"
+#include "playback/format_registry.h"
+#include "playback/playback_settings.h"
+#include "shell/bookmark_store.h"
+#include "shell/dialogs.h"
+#include "shell/instance_link.h"
+#include "shell/main_window.h"
+#include "shell/menu_templates.h"
+#include "shell/registry_key.h"
+#include "shell/skin_display.h"
+#include "shell/switchboard.h"
+#include "shell/volume_scales.h"
+#include "shell/window_messages.h"
+#include "skin/skin_action_table.h"
+
+namespace shell {
+namespace {
+
+constexpr std::string_view kAlarmKeyword = "TSAlarm";
+constexpr std::uint32_t kTextLoadingLocalContent = 6334;
+constexpr std::uint32_t kTextLoadingFolder = 6335;
+
+bool IsAlarmKeyword(std::string_view commandLine) {
+  return platform::EqualsIgnoreCase(commandLine, kAlarmKeyword);
+}
+
+// What GetFileAttributes accepts: anything the path names, file or folder.
+bool PathExists(const std::string& path) {
+  struct stat info {};
+  return ::stat(path.c_str(), &info) == 0;
+}
+
+}  // namespace
+
+PlayerApp::PlayerApp(const ShellServices& shellServices)
+    : services(shellServices), language(shellServices.packReader, shellServices.registry) {
+  services.registry.CreateKey(platform::RegistryRoot::LocalMachine, kVendorKeyPath);
+  // The run-time defaults; the settings load overrides them.
+  settings.repeatMode = 1;
+  settings.decodePriority = 1;
+  listSettings.displayMode = 1;
+  settings.skipSeconds = 60;
+  settings.extraBassStrength = 3;
+  settings.loadPath = platform::HomeDirectory();
+  information.SetTitle(kProductText);
+}
+
+// Unloads the language pack first, then lets the collaborators go in the
+// reverse order of their making; the window goes last, since workers that
+// are gone by then were its only other users.
+PlayerApp::~PlayerApp() {
+  services.instances.StopServing();
+  language.LoadLanguage(0);
+  bookmarks.reset();
+  currentDecoder = &idleDecoder;
+  skin = nullptr;
+  window.reset();
+}
+
+bool PlayerApp::IsPlaying() { return DecoderState() == playback::kStatePlaying; }
+
+// With a path (not the keyword TSAlarm):
+//  1. without enqueueOnOpen the list is cleared; with it, a start first loads
+//     the default list;
+//  2. the path joins the list (a playlist file is read in its place) and the
+//     info reader starts;
+//  3. with enqueueOnOpen and a track playing that is all; otherwise play.
+// Without a path, the first of: load the whole home folder ("Load local
+// content on start"), load the Load folder ("Load folder contents on
+// start:"), or load the default list and, if the list is still empty, greet
+// the user with the file picker. A TSAlarm start then raises the alarm.
+void PlayerApp::OpenMedia(const std::string& path, bool atStartup) {
+  const bool alarm = IsAlarmKeyword(path);
+  if (!path.empty() && !alarm) {
+    if (!settings.enqueueOnOpen) ClearPlaylist();
+    else if (atStartup) LoadDefaultList();
+    AddToPlaylist(path);
+    if (!(settings.enqueueOnOpen && IsPlaying())) Play(false);
+    return;
+  }
+  if (settings.loadLocalContent) {
+    if (skin != nullptr) skin->SetMessage(platform::LoadText(kTextLoadingLocalContent));
+    LoadFolderTree(platform::HomeDirectory());
+    if (skin != nullptr) skin->SetMessage("");
+  } else if (settings.loadFolderContents) {
+    if (skin != nullptr)
+      skin->SetMessage(platform::FormatText(platform::LoadText(kTextLoadingFolder), {settings.loadPath}));
+    LoadFolderTree(settings.loadPath);
+    if (skin != nullptr) skin->SetMessage("");
+  } else {
+    LoadDefaultList();
+    if (PlaylistIsEmpty()) {
+      if (Dialogs* dialogs = DialogLauncher()) dialogs->SelectFiles();
+    }
+  }
+  if (alarm) Post(kMessageAlarm);
+}
+
+// The later process's side: TSAlarm wakes the running instance (it comes
+// forward by itself); an existing path is handed over; every other command
+// line only brings the running instance forward.
+bool PlayerApp::HandOffToRunningInstance(const std::string& commandLine) {
+  std::unique_ptr<RunningInstance> running = services.instances.FindOrBecomeRunning();
+  if (!running) return false;
+  if (IsAlarmKeyword(commandLine)) {
+    running->Post(kMessageAlarm, "");
+    return true;
+  }
+  if (!commandLine.empty() && PathExists(commandLine)) running->Post(kMessageHandOver, commandLine);
+  running->BringToForeground();
+  return true;
+}
+
+int PlayerApp::Run() {
+  const int exitCode = services.windows.RunMessageLoop();
+  Stop();
+  platform::SleepMs(100);  // the workers' time to leave
+  return exitCode;
+}
+
+bool PlayerApp::Init() {
+  platform::EnsureInstalled(services.registry, platform::ResourceDirectory());
+  // The language comes before any window, so that every text is translated.
+  services.settingsKey.ReadDword("Language", settings.language);
+  language.LoadLanguage(settings.language);
+  SetUpFormats();
+  return true;
+}
+
+bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
+  window = services.windows.CreateMainWindow(Rect{x, y, width, height}, *this);
+  if (!window) return false;
+  std::optional<MenuBar> bar = CreateMenuBar(kMenuMainBar);
+  if (!bar) return false;
+  menuBar = std::move(*bar);
+  if (!window->AttachMenuBar(menuBar)) return false;
+  BuildLanguageEntries();
+  BuildSkipTimeMenu();
+  RebuildBookmarkMenu();
+  // The device volume, through the slider's scale: the way there and back
+  // loses a little at each start, as it always has.
+  SetVolumeFromSlider(DeviceToSlider(ReadVolume()));
+  LoadSettings();
+  currentDecoder = &idleDecoder;
+  skin = window->CreateSkin(kSkinWidth, kSkinHeight);
+  if (skin == nullptr) return false;
+  PushStateToMenuAndSkin();
+  services.instances.Serve(window->Messages(), [this] {
+    if (window) window->BringToForeground();
+  });
+  return true;
+}
+
+void PlayerApp::StartOfPlaybackDecision() {
+  playback::PlaybackSettings& playback = playback::Playback();
+  if (playback::PlaybackSettings::Read(playback.continueFromLastPosition)) {
+    if (!bookmarks || bookmarks->Load() == 0) return;
+    std::string path;
+    std::int32_t seconds = 0;
+    if (!bookmarks->TakeLastPlayed(path, seconds)) return;
+    RebuildBookmarkMenu();
+    GoToPathAt(path, seconds);
+  } else if (playback::PlaybackSettings::Read(playback.startOnLaunch)) {
+    Play(false);
+  }
+}
+
+std::intptr_t PlayerApp::HandleMessage(const platform::Message& message) { return RouteMessage(*this, message); }
+
+// The persist sequence of a close:
+//  1. close the output;
+//  2. with a bookmark store and a track not stopped, store the last-played
+//     bookmark (position in whole seconds, the title or else the path); when
+//     the list has no current path nothing further is saved, neither list
+//     nor settings: that early way out is the program's;
+//  3. save the default list;
+//  4. save the settings.
+// Desktop components read the information block on the window thread, so
+// there is no reader to wait for.
+void PlayerApp::Persist() {
+  CloseOutput();
+  if (bookmarks && DecoderState() != playback::kStateStopped) {
+    std::string path;
+    if (!CurrentPath(path)) return;
+    std::string title;
+    if (!CurrentTitle(title) || title.empty()) title = path;
+    const auto seconds = static_cast<std::int32_t>(currentDecoder->GetPosition() / 1000);
+    bookmarks->SetLastPlayed(path, seconds, title);
+  }
+  SaveDefaultList();
+  SaveSettings();
+}
+
+void PlayerApp::QuitMessageLoop() { services.windows.PostQuit(0); }
+
+void PlayerApp::PostClose() { Post(kMessageClose); }
+
+SettingsTargets PlayerApp::Targets() {
+  return SettingsTargets{settings, listSettings, equalizerValues, playback::Playback(), skin::Actions()};
+}
+
+void PlayerApp::LoadSettings() { shell::LoadSettings(services.registry, Targets()); }
+
+void PlayerApp::SaveSettings() { shell::SaveSettings(services.registry, Targets()); }
+
+// The playlist formats, and each decoder that the program has. A missing
+// decoder only narrows what plays: the registry then finds nothing for its
+// files. The native list (503) stays disabled but for the default list's load.
+void PlayerApp::SetUpFormats() {
+  playback::FormatRegistry& formats = playback::Formats();
+  formats.AddExtension(playback::kFormatM3u, "m3u");
+  formats.AddExtension(playback::kFormatPls, "pls");
+  formats.AddExtension(playback::kFormatAsx, "asx");
+  for (const int format : {playback::kFormatM3u, playback::kFormatPls, playback::kFormatAsx})
+    formats.Enable(format, true);
+}
+
+void PlayerApp::PushStateToMenuAndSkin() {
+  SetRepeat(settings.repeatEnabled);
+  SetShuffle(settings.shuffleEnabled);
+  if (skin != nullptr) {
+    skin->SetExtraBass(settings.extraBassEnabled);
+    skin->SetEqualizer(equalizerValues.enabled != 0);
+  }
+}
+
+std::string PlayerApp::InstallDirectory() {
+  const std::string folder = platform::ReadInstallDirectory(services.registry);
+  return folder.empty() ? platform::HomeDirectory() : folder;
+}
+
+std::string PlayerApp::DefaultListPath() { return platform::JoinPath(InstallDirectory(), "default.tsl"); }
+
+void PlayerApp::Post(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
+  if (window) window->Messages().Post(message, wParam, lParam);
+}
+
+Dialogs* PlayerApp::DialogLauncher() { return window ? &window->DialogLauncher() : nullptr; }
+
+void PlayerApp::SetBookmarkStore(std::unique_ptr<BookmarkStore> store) { bookmarks = std::move(store); }
+
+}  // namespace shell

@@ -1,0 +1,255 @@
+// The application object: the program's spine.
+//
+// PlayerApp makes everything, in a fixed order, loads and shows it, runs the
+// message loop and tears it all down. Its window procedure is the
+// switchboard (switchboard.h): every message of the main window reaches one
+// of its operations, which are those of PlayerOperations.
+//
+// The process start (process_start.h) runs it thus:
+//   construct; HandOffToRunningInstance (a later process ends here); Init
+//   (language pack before any window, formats); CreateMainWindow (menu bar,
+//   settings, face); show; OpenMedia with the command line; the
+//   start-of-playback decision; Run (the loop); destruction.
+//
+// A close (WM_CLOSE, also posted by the Exit commands and by SIGTERM, SIGINT
+// and SIGHUP) runs the persist sequence, which saves the last-played
+// bookmark, the default list and the settings, then ends the loop.
+//
+// Collaborators that the program doesn't have yet are reached through narrow
+// seams, named as such in player_app_seams.cpp.
+//
+// Threads: everything here runs on the window thread. Workers reach it only
+// by posting to the main window.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "effects/equalizer_values.h"
+#include "platform/message_target.h"
+#include "playback/media_decoder.h"
+#include "playlist/playlist_settings.h"
+#include "shell/app_settings.h"
+#include "shell/information_block.h"
+#include "shell/language_menu.h"
+#include "shell/language_pack.h"
+#include "shell/menu.h"
+#include "shell/player_operations.h"
+#include "shell/settings_store.h"
+
+namespace platform {
+class Registry;
+}
+
+namespace shell {
+
+class BookmarkStore;
+class Dialogs;
+class InstanceLink;
+class MainWindow;
+class RegistryKey;
+class SkinDisplay;
+class WindowSystem;
+
+// The size of the face in skin pixels.
+inline constexpr int kSkinWidth = 176;
+inline constexpr int kSkinHeight = 180;
+
+// The FF/Rewind steps offered in the menu, in seconds.
+inline constexpr std::array<std::int32_t, 7> kSkipSteps = {5, 10, 15, 30, 60, 120, 180};
+
+// What the application needs from outside; all of it outlives PlayerApp.
+struct ShellServices {
+  platform::Registry& registry;
+  RegistryKey& settingsKey;  // bound to the settings key
+  WindowSystem& windows;
+  InstanceLink& instances;
+  LanguagePackReader& packReader;
+  NativeLanguageNames nativeLanguageNames;
+};
+
+class PlayerApp : public platform::MessageHandler, public PlayerOperations {
+ public:
+  // Builds the members and sets the run-time defaults that the settings then
+  // override: repeat mode 1, thread priority 1, display mode 1, skip time 60,
+  // extra-bass strength 3, the Load folder the root (home). Makes sure the
+  // vendor key exists.
+  explicit PlayerApp(const ShellServices& services);
+  PlayerApp(const PlayerApp&) = delete;
+  PlayerApp& operator=(const PlayerApp&) = delete;
+
+  // The virtual operations, in their order.
+  ~PlayerApp() override;
+  // True when the current decoder plays (state 2).
+  virtual bool IsPlaying();
+  // Opens the command line's path (a media file, a playlist, or nothing;
+  // "TSAlarm" counts as nothing). See player_app.cpp.
+  virtual void OpenMedia(const std::string& path, bool atStartup);
+  // True when another instance runs and took the command line over: this
+  // process then ends. False when this process is the running instance.
+  virtual bool HandOffToRunningInstance(const std::string& commandLine);
+  // The message loop; afterwards stops playback and gives the workers 100 ms.
+  virtual int Run();
+  // The main window with menu bar, settings and face; false on failure.
+  virtual bool CreateMainWindow(int x, int y, int width, int height);
+  // Language pack and formats; false on failure.
+  virtual bool Init();
+
+  // Runs once after OpenMedia: continue from the last-played bookmark, or
+  // start playing when the options say so.
+  void StartOfPlaybackDecision();
+
+  // The window procedure.
+  std::intptr_t HandleMessage(const platform::Message& message) override;
+
+  // --- State for dialogs, the face and tests ------------------------------------------
+  AppSettings& Settings() { return settings; }
+  playlist::PlaylistSettings& ListSettings() { return listSettings; }
+  effects::EqualizerValues& EqualizerSettings() { return equalizerValues; }
+  MenuBar& Menu() { return menuBar; }
+  MainWindow* Window() { return window.get(); }
+  SkinDisplay* Skin() { return skin; }
+  const InformationBlock& Information() const { return information; }
+  const std::vector<std::uint32_t>& LanguageTable() const { return languageTable; }
+  LanguageLayer& Language() { return language; }
+  bool IsActive() const { return isActive; }
+  bool ButtonLock() const { return buttonLock; }
+  playback::MediaDecoder* CurrentDecoder() { return currentDecoder; }
+  // The bookmark store, null until one exists.
+  void SetBookmarkStore(std::unique_ptr<BookmarkStore> store);
+  // The device volume, 0 to 65535, or 0 when the volume isn't the device's.
+  std::uint32_t ReadVolume();
+  void ApplyVolume(std::uint32_t deviceVolume);
+  // Shows `text` in the status line for `milliseconds` (timer 33).
+  void ShowStatus(const std::string& text, std::uint32_t milliseconds);
+
+  // --- PlayerOperations ------------------------------------------------------------------
+  void Persist() override;
+  void QuitMessageLoop() override;
+  void PostClose() override;
+  void Activated(bool active) override;
+  void KeyDown(std::uint32_t key) override;
+  void KeyUp(std::uint32_t key) override;
+  void DropQueued(std::uint32_t message) override;
+  void Play(bool keepCurrent) override;
+  void Stop() override;
+  void TogglePause() override;
+  void Next(bool automatic) override;
+  void Previous() override;
+  void TrackEnded() override;
+  void PlayPause() override;
+  void PlayStop() override;
+  void SeekTo(std::int32_t milliseconds) override;
+  void SkipForward() override;
+  void SkipBack() override;
+  void VolumeStep(bool up) override;
+  void SetVolumeFromSlider(std::int32_t slider) override;
+  void ToggleMute() override;
+  void ToggleExtraBass() override;
+  void ToggleEqualizer() override;
+  void ApplyEqualizer() override;
+  void ApplyEqualizerOption() override;
+  void SetShuffle(bool on) override;
+  void SetRepeat(bool on) override;
+  void SetRepeatMode(std::uint32_t command) override;
+  void ToggleShuffle() override;
+  void ToggleRepeat() override;
+  void DecoderText(const std::string* text, std::intptr_t mode) override;
+  void RefreshFormat() override;
+  void RefreshTitle() override;
+  std::int32_t PositionMs() override;
+  std::int32_t LengthMs() override;
+  std::int32_t DecoderState() override;
+  std::intptr_t RefreshInformationBlock(std::uintptr_t wParam, std::intptr_t lParam) override;
+  void ActivateWindowBelow() override;
+  void ShowOrHide() override;
+  void OpenHandedOverPath(const std::string* path) override;
+  void LoadFiles() override;
+  void AddFiles() override;
+  void ScrollPlaylist(bool up) override;
+  void PostActionOfRow(std::intptr_t row) override;
+  void FlipSpareFlagsAB() override;
+  void FlipSpareFlagC() override;
+  void ToggleButtonLock() override;
+  void SelectLanguage(std::uint32_t entry) override;
+  void SelectSkipTime(std::uint32_t index) override;
+  void PlayBookmark(std::int32_t index, bool enqueue) override;
+  void AddBookmark() override;
+  void ReplaceBookmark(std::int32_t index) override;
+  void RebuildBookmarkMenu() override;
+  void OnAlarm() override;
+  void OnCallEvent(bool began) override;
+  void StatusTimerFired() override;
+  void FadeInStep() override;
+  void SleepTimerTick() override;
+  void KeepAwakeTick() override;
+  void DecoderNudgeTimerFired() override;
+  void ShowAbout() override;
+  void ShowEqualizer() override;
+  void ShowPlaylist() override;
+  void ShowBookmarks() override;
+  void ShowSleepTimer() override;
+  void ShowKeyMapping() override;
+  void ShowGeneralOptions() override;
+  void ShowPlaylistOptions() override;
+  void ShowFileTypes() override;
+  void ShowSetAlarm() override;
+  void ShowEffects() override;
+  void SaveSettings() override;
+
+ private:
+  SettingsTargets Targets();
+  void LoadSettings();
+  void SetUpFormats();
+  void BuildSkipTimeMenu();
+  void CheckSkipTimeEntries();
+  void BuildLanguageEntries();
+  void PushStateToMenuAndSkin();
+  std::string InstallDirectory();
+  std::string DefaultListPath();
+  void Post(std::uint32_t message, std::uintptr_t wParam = 0, std::intptr_t lParam = 0);
+  Dialogs* DialogLauncher();
+
+  // Seams to collaborators the program doesn't have yet (player_app_seams.cpp).
+  void ClearPlaylist();
+  void AddToPlaylist(const std::string& path);
+  void LoadDefaultList();
+  void SaveDefaultList();
+  bool PlaylistIsEmpty();
+  bool CurrentPath(std::string& path);
+  bool CurrentTitle(std::string& title);
+  void LoadFolderTree(const std::string& folder);
+  void GoToPathAt(const std::string& path, std::int32_t seconds);
+  void TellListShuffle(bool on);
+  void TellListRepeatMode(std::uint32_t mode);
+  void TellListPosition(std::uint32_t seconds);
+  void CloseOutput();
+
+  ShellServices services;
+
+  // Persistent fields and the objects whose fields the settings fill.
+  AppSettings settings;
+  playlist::PlaylistSettings listSettings;
+  effects::EqualizerValues equalizerValues;
+
+  playback::MediaDecoder idleDecoder;
+  playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
+  std::unique_ptr<BookmarkStore> bookmarks;
+
+  LanguageLayer language;
+  std::vector<std::uint32_t> languageTable{0};
+
+  std::unique_ptr<MainWindow> window;
+  MenuBar menuBar;
+  SkinDisplay* skin = nullptr;  // owned by the window
+
+  std::uint32_t currentVolume = 0;  // the volume last applied, device scale
+  InformationBlock information;
+  bool isActive = false;
+  bool buttonLock = false;
+};
+
+}  // namespace shell
