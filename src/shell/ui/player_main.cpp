@@ -1,33 +1,45 @@
-// The player's entry point. For now it binds the settings key, loads the
-// settings and saves them again, so that a start leaves a complete, clean
-// registry file behind.
-#include <cstdio>
+// The player's entry point: the Qt application around the process start.
+//
+// Without any display (no DISPLAY, no WAYLAND_DISPLAY, and no platform asked
+// for) Qt would abort; the player then runs on Qt's offscreen platform, so
+// that a start from a terminal without a display still hands its file to a
+// running player, or plays without a window.
+#include <QApplication>
 
-#include "effects/equalizer_values.h"
+#include <cstdlib>
+#include <string>
+#include <vector>
+
 #include "platform/paths.h"
 #include "platform/registry.h"
-#include "playback/playback_settings.h"
-#include "playlist/playlist_settings.h"
-#include "shell/app_settings.h"
-#include "shell/registry_key.h"
-#include "shell/settings_store.h"
-#include "skin/skin_action_table.h"
+#include "shell/process_start.h"
+#include "shell/ui/local_instance_link.h"
+#include "shell/ui/qt_language.h"
+#include "shell/ui/qt_window_system.h"
 
-int main() {
-  platform::Registry& registry = platform::Registry::Process();
-  shell::RegistryKey settingsKey(registry);
-  if (!settingsKey.Bind(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath)) return 0;
+namespace {
 
-  platform::EnsureInstalled(registry, platform::ResourceDirectory());
+bool HasDisplay() {
+  for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* value = std::getenv(variable);
+    if (value != nullptr && value[0] != '\0') return true;
+  }
+  return false;
+}
 
-  shell::AppSettings app;
-  app.loadPath = platform::HomeDirectory();
-  playlist::PlaylistSettings playlistSettings;
-  effects::EqualizerValues equalizer;
-  const shell::SettingsTargets targets{app, playlistSettings, equalizer, playback::Playback(),
-                                       skin::Actions()};
-  shell::LoadSettings(registry, targets);
-  shell::SaveSettings(registry, targets);
-  std::printf("Tavrinsonic: settings loaded and saved in %s\n", registry.FilePath().c_str());
-  return 0;
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (!HasDisplay()) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Tavrinsonic");
+  QApplication::setQuitOnLastWindowClosed(false);
+
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  ui::QtWindowSystem windows;
+  ui::LocalInstanceLink instances(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
+  ui::QtPackReader packReader;
+  const shell::ProcessServices services{platform::Registry::Process(), windows, instances, packReader,
+                                        ui::NativeLanguageName, nullptr, nullptr};
+  return shell::RunProcess(shell::CommandLineFromArguments(arguments), services);
 }

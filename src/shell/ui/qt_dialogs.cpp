@@ -1,0 +1,41 @@
+#include "shell/ui/qt_dialogs.h"
+
+#include <QLabel>
+#include <QVBoxLayout>
+
+#include "platform/text_format.h"
+#include "shell/language_pack.h"
+#include "shell/ui/dialog_frame.h"
+#include "shell/window_messages.h"
+
+namespace ui {
+namespace {
+
+constexpr std::uint32_t kAboutDialog = 119;
+constexpr std::int64_t kVersionMajor = 2;
+constexpr std::int64_t kVersionMinor = 14;
+
+}  // namespace
+
+void QtDialogs::About() {
+  if (shell::ModalDialogOpen()) return;
+  shell::ModalDialogOpen() = true;
+  {
+    QDialog dialog(&parent);
+    dialog.setObjectName(QString::number(kAboutDialog));
+    auto* layout = new QVBoxLayout(&dialog);
+    auto* version = new QLabel(&dialog);
+    version->setObjectName("version");
+    version->setAlignment(Qt::AlignCenter);
+    layout->addWidget(version, 1);
+    layout->addWidget(new DialogSoftKeys(dialog, shell::kMenuDone));
+    ApplyDialogTexts(dialog, kAboutDialog);
+    // The version text is a format.
+    version->setText(QString::fromStdString(
+        platform::FormatText(shell::DialogText(kAboutDialog, "version"), {kVersionMajor, kVersionMinor})));
+    dialog.exec();
+  }
+  shell::ModalDialogOpen() = false;
+}
+
+}  // namespace ui

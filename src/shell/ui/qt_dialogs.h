@@ -1,0 +1,39 @@
+// The dialogs of the main window, as Qt dialogs.
+//
+// About is here. The others come with the work on their subjects (the
+// equalizer, the playlist screen, bookmarks, timers, key mapping, options,
+// file types, the file picker); until then choosing them opens nothing.
+//
+// Threads: window thread.
+#pragma once
+
+#include "shell/dialogs.h"
+
+class QWidget;
+
+namespace ui {
+
+class QtDialogs : public shell::Dialogs {
+ public:
+  explicit QtDialogs(QWidget& owner) : parent(owner) {}
+
+  // The version of the program, with a Done key. Not opened while another
+  // modal dialog is open.
+  void About() override;
+  void Equalizer() override {}
+  void Playlist() override {}
+  void Bookmarks() override {}
+  void SleepTimer() override {}
+  void KeyMapping() override {}
+  void GeneralOptions() override {}
+  void PlaylistOptions() override {}
+  void FileTypes() override {}
+  void SetAlarm() override {}
+  void Effects() override {}
+  void SelectFiles() override {}
+
+ private:
+  QWidget& parent;
+};
+
+}  // namespace ui

@@ -1,0 +1,37 @@
+// The window system of the player: Qt Widgets.
+//
+// It makes the main window, runs Qt's event loop as the message loop, and
+// turns SIGTERM, SIGINT and SIGHUP into a close of the main window, so that a
+// killed player saves what a closed one saves.
+//
+// Threads: the thread of the QApplication.
+#pragma once
+
+#include <memory>
+
+#include "shell/main_window.h"
+
+namespace platform::qt {
+class TerminationSignals;
+}
+
+namespace ui {
+
+class QtWindowSystem : public shell::WindowSystem {
+ public:
+  QtWindowSystem();
+  ~QtWindowSystem() override;
+
+  shell::Rect WorkArea() override;
+  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area, shell::PlayerApp& app) override;
+  int RunMessageLoop() override;
+  // Ends the loop; a quit asked for before the loop runs ends it at once.
+  void PostQuit(int exitCode) override;
+
+ private:
+  std::unique_ptr<platform::qt::TerminationSignals> terminationSignals;
+  bool quitRequested = false;
+  int quitCode = 0;
+};
+
+}  // namespace ui
