@@ -216,7 +216,7 @@ void PlayerApp::SaveSettings() { shell::SaveSettings(services.registry, Targets(
 // decoder only narrows what plays: the registry then finds nothing for its
 // files. The native list (503) stays disabled but for the default list's load.
 void PlayerApp::SetUpFormats() {
-  playback::FormatRegistry& formats = playback::Formats();
+  playback::FormatRegistry& formats = Formats();
   formats.AddExtension(playback::kFormatM3u, "m3u");
   formats.AddExtension(playback::kFormatPls, "pls");
   formats.AddExtension(playback::kFormatAsx, "asx");
@@ -245,6 +245,10 @@ void PlayerApp::Post(std::uint32_t message, std::uintptr_t wParam, std::intptr_t
 }
 
 Dialogs* PlayerApp::DialogLauncher() { return window ? &window->DialogLauncher() : nullptr; }
+
+playback::FormatRegistry& PlayerApp::Formats() {
+  return services.formats != nullptr ? *services.formats : playback::Formats();
+}
 
 void PlayerApp::SetBookmarkStore(std::unique_ptr<BookmarkStore> store) { bookmarks = std::move(store); }
 

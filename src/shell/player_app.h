@@ -44,6 +44,10 @@ namespace platform {
 class Registry;
 }
 
+namespace playback {
+class FormatRegistry;
+}
+
 namespace shell {
 
 class BookmarkStore;
@@ -69,6 +73,8 @@ struct ShellServices {
   InstanceLink& instances;
   LanguagePackReader& packReader;
   NativeLanguageNames nativeLanguageNames;
+  // The format registry to fill; null for the process's own.
+  playback::FormatRegistry* formats = nullptr;
 };
 
 class PlayerApp : public platform::MessageHandler, public PlayerOperations {
@@ -212,6 +218,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   std::string DefaultListPath();
   void Post(std::uint32_t message, std::uintptr_t wParam = 0, std::intptr_t lParam = 0);
   Dialogs* DialogLauncher();
+  playback::FormatRegistry& Formats();
 
   // Seams to collaborators the program doesn't have yet (player_app_seams.cpp).
   void ClearPlaylist();

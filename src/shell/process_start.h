@@ -27,6 +27,10 @@ namespace platform {
 class Registry;
 }
 
+namespace playback {
+class FormatRegistry;
+}
+
 namespace shell {
 
 class InstanceLink;
@@ -42,6 +46,8 @@ struct ProcessServices {
   InstanceLink& instances;
   LanguagePackReader& packReader;
   NativeLanguageNames nativeLanguageNames;
+  // The format registry to fill; null for the process's own.
+  playback::FormatRegistry* formats = nullptr;
   // The local time as a FILETIME; tests set their own clock.
   std::function<std::uint64_t()> localTimeNow;
   // Makes the application object; tests observe it through a subclass.

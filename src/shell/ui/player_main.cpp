@@ -40,6 +40,6 @@ int main(int argc, char** argv) {
   ui::LocalInstanceLink instances(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
   ui::QtPackReader packReader;
   const shell::ProcessServices services{platform::Registry::Process(), windows, instances, packReader,
-                                        ui::NativeLanguageName, nullptr, nullptr};
+                                        ui::NativeLanguageName, nullptr, nullptr, nullptr};
   return shell::RunProcess(shell::CommandLineFromArguments(arguments), services);
 }
