@@ -4,13 +4,16 @@
 #include <atomic>
 #include <cstdio>
 
+#include "platform/durable_file.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
+#include "shell/translation_file.h"
 
 namespace shell {
 namespace {
 
 std::atomic<const LanguagePack*> installedPack{nullptr};
+constexpr std::size_t kMaxPackBytes = 16u << 20;
 
 }  // namespace
 
@@ -57,6 +60,19 @@ std::optional<std::string> LanguagePack::FindKey(std::string_view key) const {
   const auto found = texts.find(key);
   if (found == texts.end()) return std::nullopt;
   return found->second;
+}
+
+std::optional<std::map<std::string, std::string, std::less<>>> TranslationFileReader::Read(
+    const std::string& path, const std::vector<std::string>& keys) {
+  const std::optional<std::string> bytes = platform::ReadWholeFile(path, kMaxPackBytes);
+  if (!bytes) return std::nullopt;
+  std::optional<TranslationTexts> all = ReadTranslationFile(*bytes);
+  if (!all) return std::nullopt;
+  std::map<std::string, std::string, std::less<>> texts;
+  for (const std::string& key : keys) {
+    if (auto found = all->find(key); found != all->end()) texts.emplace(key, std::move(found->second));
+  }
+  return texts;
 }
 
 std::string PackFileName(std::uint32_t localeId) {

@@ -9,9 +9,9 @@
 // Whatever a pack lacks falls back on the built-in English text, so a pack
 // can be partial; a pack that can't be read at all means English.
 //
-// The file format belongs to Qt, so reading one is the job of a
-// LanguagePackReader that the Qt shell supplies. The pack it yields is plain
-// data: a map from key to text, taken once, when the pack is loaded.
+// A LanguagePackReader reads a pack file (TranslationFileReader, or a fake in
+// tests); the pack it yields is plain data, a map from key to text, taken
+// once, when the pack is loaded.
 //
 // Threads: packs are loaded and installed on the window thread. Texts may be
 // looked up from any thread: an installed pack is never changed, and a pack
@@ -75,6 +75,14 @@ class LanguagePackReader {
   // out); nullopt when the file is missing or isn't a pack.
   virtual std::optional<std::map<std::string, std::string, std::less<>>> Read(
       const std::string& path, const std::vector<std::string>& keys) = 0;
+};
+
+// Reads packs as compiled translation files (translation_file.h). A file of
+// more than 16 MiB isn't taken.
+class TranslationFileReader : public LanguagePackReader {
+ public:
+  std::optional<std::map<std::string, std::string, std::less<>>> Read(
+      const std::string& path, const std::vector<std::string>& keys) override;
 };
 
 // The file name of a pack: "mui.%04X.qm", as mui.0407.qm for locale 1031.

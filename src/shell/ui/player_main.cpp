@@ -12,6 +12,7 @@
 
 #include "platform/paths.h"
 #include "platform/registry.h"
+#include "shell/language_pack.h"
 #include "shell/process_start.h"
 #include "shell/ui/local_instance_link.h"
 #include "shell/ui/qt_language.h"
@@ -38,7 +39,7 @@ int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   ui::QtWindowSystem windows;
   ui::LocalInstanceLink instances(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
-  ui::QtPackReader packReader;
+  shell::TranslationFileReader packReader;
   const shell::ProcessServices services{platform::Registry::Process(), windows, instances, packReader,
                                         ui::NativeLanguageName, nullptr, nullptr, nullptr};
   return shell::RunProcess(shell::CommandLineFromArguments(arguments), services);
