@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "effects/equalizer.h"
 #include "platform/event.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -60,6 +61,7 @@ PlayerApp::PlayerApp(const ShellServices& shellServices)
 PlayerApp::~PlayerApp() {
   services.instances.StopServing();
   language.LoadLanguage(0);
+  equalizer.reset();
   bookmarks.reset();
   currentDecoder = &idleDecoder;
   skin = nullptr;
@@ -133,6 +135,7 @@ bool PlayerApp::Init() {
   services.settingsKey.ReadDword("Language", settings.language);
   language.LoadLanguage(settings.language);
   SetUpFormats();
+  equalizer = std::make_unique<effects::Equalizer>();
   return true;
 }
 
@@ -150,6 +153,7 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   // loses a little at each start, as it always has.
   SetVolumeFromSlider(DeviceToSlider(ReadVolume()));
   LoadSettings();
+  if (equalizer && settings.extraBassEnabled) equalizer->SetBassMode(settings.extraBassStrength);
   currentDecoder = &idleDecoder;
   skin = window->CreateSkin(kSkinWidth, kSkinHeight);
   if (skin == nullptr) return false;

@@ -48,6 +48,10 @@ namespace playback {
 class FormatRegistry;
 }
 
+namespace effects {
+class Equalizer;
+}
+
 namespace shell {
 
 class BookmarkStore;
@@ -124,6 +128,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   bool IsActive() const { return isActive; }
   bool ButtonLock() const { return buttonLock; }
   playback::MediaDecoder* CurrentDecoder() { return currentDecoder; }
+  // The filters of the output, made in Init.
+  effects::Equalizer* EqualizerFilter() { return equalizer.get(); }
   // The bookmark store, null until one exists.
   void SetBookmarkStore(std::unique_ptr<BookmarkStore> store);
   // The device volume, 0 to 65535, or 0 when the volume isn't the device's.
@@ -245,6 +251,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::MediaDecoder idleDecoder;
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
+  std::unique_ptr<effects::Equalizer> equalizer;
 
   LanguageLayer language;
   std::vector<std::uint32_t> languageTable{0};

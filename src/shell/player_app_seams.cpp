@@ -38,12 +38,6 @@ void PlayerApp::VolumeStep(bool /*up*/) {}
 void PlayerApp::SetVolumeFromSlider(std::int32_t /*slider*/) {}
 void PlayerApp::ToggleMute() {}
 
-// --- The equalizer and extra bass ----------------------------------------------------
-void PlayerApp::ToggleExtraBass() {}
-void PlayerApp::ToggleEqualizer() {}
-void PlayerApp::ApplyEqualizer() {}
-void PlayerApp::ApplyEqualizerOption() {}
-
 // --- Keys and the key filter -----------------------------------------------------------
 void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
 void PlayerApp::KeyUp(std::uint32_t /*key*/) {}

@@ -4,6 +4,7 @@
 // With no current decoder the state counts as stopped, the length as 0.
 #include <cstdio>
 
+#include "effects/equalizer.h"
 #include "platform/text_format.h"
 #include "platform/texts.h"
 #include "playback/format_summary.h"
@@ -132,6 +133,32 @@ void PlayerApp::RefreshTitle() {
   if (currentDecoder == nullptr || skin == nullptr) return;
   std::string title;
   if (currentDecoder->GetDisplayTitle(title)) skin->SetTitle(title);
+}
+
+// The user's values reach the filters; the face shows what the user wants,
+// even when the option for WMA and Ogg keeps the filters off.
+void PlayerApp::ApplyEqualizer() {
+  if (equalizer) {
+    equalizer->SetBands(equalizerValues.preamp, equalizerValues.bands);
+    equalizer->SetEnabled(equalizerValues.enabled);
+    if (settings.disableEqForWmaOgg) equalizer->SetEnabled(0);
+  }
+  if (skin != nullptr) skin->SetEqualizer(equalizerValues.enabled != 0);
+}
+
+void PlayerApp::ToggleEqualizer() {
+  equalizerValues.enabled = equalizerValues.enabled != 0 ? 0 : 1;
+  ApplyEqualizer();
+}
+
+void PlayerApp::ApplyEqualizerOption() {
+  if (equalizer) equalizer->SetEnabled(settings.disableEqForWmaOgg ? 0 : 1);
+}
+
+void PlayerApp::ToggleExtraBass() {
+  settings.extraBassEnabled = !settings.extraBassEnabled;
+  if (skin != nullptr) skin->SetExtraBass(settings.extraBassEnabled);
+  if (equalizer) equalizer->SetBassMode(settings.extraBassEnabled ? settings.extraBassStrength : 0);
 }
 
 // Nothing starts timer 137; it concerns the WMA and Ogg decoders only, and

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "effects/equalizer.h"
 #include "platform/local_time.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -599,6 +600,54 @@ TEST_F(PlayerAppTest, OpenMediaWithoutAPathGreetsAnEmptyListWithThePickerAndRais
   app->OpenMedia("", true);
   EXPECT_EQ(Window().skin.message, "") << "the loading text is cleared afterwards";
   EXPECT_EQ(Window().dialogs.opened.size(), 2u) << "the folder load replaces the picker";
+}
+
+
+// --- The equalizer ---------------------------------------------------------------------------------
+
+// Whether the filters work on a block: a disabled equalizer returns 0.
+bool Filters(effects::Equalizer& equalizer) {
+  std::vector<std::int16_t> samples(256, 1000);
+  std::int16_t* block = samples.data();
+  return equalizer.Process(&block, samples.size() * sizeof(std::int16_t)) != 0;
+}
+
+TEST_F(PlayerAppTest, StoredExtraBassReachesTheFiltersAndItsMessageTogglesIt) {
+  ASSERT_TRUE(registry->SetValue(kMachine, kSettingsKeyPath, "WndSettings", 3, "\0\0\0\x02\0\0\0\0", 8));
+  ASSERT_TRUE(settingsKey->WriteDword("XBS", 4));
+  Start();
+  effects::Equalizer* equalizer = app->EqualizerFilter();
+  ASSERT_NE(equalizer, nullptr);
+  EXPECT_EQ(equalizer->BassMode(), 4u);
+  EXPECT_TRUE(Window().skin.extraBass);
+  Send(shell::kMessageToggleExtraBass);
+  EXPECT_EQ(equalizer->BassMode(), 0u);
+  EXPECT_FALSE(Window().skin.extraBass);
+  Send(shell::kMessageToggleExtraBass);
+  EXPECT_EQ(equalizer->BassMode(), 4u);
+}
+
+TEST_F(PlayerAppTest, TheEqualizerFollowsTheUsersSwitchUnlessTheWmaOggOptionKeepsItOff) {
+  Start();
+  effects::Equalizer& equalizer = *app->EqualizerFilter();
+  app->EqualizerSettings().bands[0] = 0;
+  Send(shell::kMessageToggleEqualizer);
+  EXPECT_EQ(app->EqualizerSettings().enabled, 1u);
+  EXPECT_TRUE(Filters(equalizer));
+  EXPECT_FALSE(equalizer.Flat()) << "the bands reached the filters";
+  EXPECT_TRUE(Window().skin.equalizer);
+  Send(shell::kMessageToggleEqualizer);
+  EXPECT_FALSE(Filters(equalizer));
+
+  app->Settings().disableEqForWmaOgg = true;
+  Send(shell::kMessageToggleEqualizer);
+  EXPECT_FALSE(Filters(equalizer)) << "the option keeps the filters off";
+  EXPECT_TRUE(Window().skin.equalizer) << "the face shows what the user wants";
+  Command(shell::kCommandGeneralOptions);
+  EXPECT_FALSE(Filters(equalizer));
+  app->Settings().disableEqForWmaOgg = false;
+  Command(shell::kCommandGeneralOptions);
+  EXPECT_TRUE(Filters(equalizer));
 }
 
 }  // namespace
