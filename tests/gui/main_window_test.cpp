@@ -146,7 +146,7 @@ TEST_F(MainWindowTest, AboutShowsTheVersionWithADoneKeyAndNeverOpensTwice) {
     QWidget* dialog = QApplication::activeModalWidget();
     ASSERT_NE(dialog, nullptr);
     title = dialog->windowTitle();
-    version = dialog->findChild<QLabel*>("version")->text();
+    version = dialog->findChild<QLabel*>("versionText")->text();
     auto* doneKey = dialog->findChild<QPushButton*>("softkey.left");
     done = doneKey->text();
     modalWhileOpen = shell::ModalDialogOpen();

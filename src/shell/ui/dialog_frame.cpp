@@ -30,6 +30,11 @@ void ApplyDialogTexts(QWidget& dialog, std::uint32_t dialogId) {
   }
 }
 
+int ShowDialog(QDialog& dialog, std::uint32_t dialogId) {
+  ApplyDialogTexts(dialog, dialogId);
+  return dialog.exec() == QDialog::Accepted ? 1 : 2;
+}
+
 DialogSoftKeys::DialogSoftKeys(QDialog& dialog, std::uint32_t menuId, std::function<void(std::uint32_t)> onOther)
     : detail::MenuBarHolder{shell::CreateMenuBar(menuId).value_or(shell::MenuBar())},
       SoftKeyBar(

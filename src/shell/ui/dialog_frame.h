@@ -26,6 +26,10 @@ namespace ui {
 // and group box whose object name has a text in the dialog's table.
 void ApplyDialogTexts(QWidget& dialog, std::uint32_t dialogId);
 
+// Runs a dialog modally after ApplyDialogTexts, as the phone's ShowDialog ran
+// one from the pack's template; returns the dialog's result (1 accepted).
+int ShowDialog(QDialog& dialog, std::uint32_t dialogId);
+
 namespace detail {
 struct MenuBarHolder {
   shell::MenuBar ownBar;

@@ -25,15 +25,13 @@ void QtDialogs::About() {
     dialog.setObjectName(QString::number(kAboutDialog));
     auto* layout = new QVBoxLayout(&dialog);
     auto* version = new QLabel(&dialog);
-    version->setObjectName("version");
+    version->setObjectName("versionText");  // filled here from the format "version"
     version->setAlignment(Qt::AlignCenter);
     layout->addWidget(version, 1);
     layout->addWidget(new DialogSoftKeys(dialog, shell::kMenuDone));
-    ApplyDialogTexts(dialog, kAboutDialog);
-    // The version text is a format.
     version->setText(QString::fromStdString(
         platform::FormatText(shell::DialogText(kAboutDialog, "version"), {kVersionMajor, kVersionMinor})));
-    dialog.exec();
+    ShowDialog(dialog, kAboutDialog);
   }
   shell::ModalDialogOpen() = false;
 }
