@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "effects/equalizer.h"
+#include "platform/device_volume.h"
 #include "platform/event.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -61,6 +62,7 @@ PlayerApp::PlayerApp(const ShellServices& shellServices)
 PlayerApp::~PlayerApp() {
   services.instances.StopServing();
   language.LoadLanguage(0);
+  output.SetEffect(nullptr);
   equalizer.reset();
   bookmarks.reset();
   currentDecoder = &idleDecoder;
@@ -136,6 +138,7 @@ bool PlayerApp::Init() {
   language.LoadLanguage(settings.language);
   SetUpFormats();
   equalizer = std::make_unique<effects::Equalizer>();
+  output.SetEffect(equalizer.get());
   return true;
 }
 
@@ -181,7 +184,7 @@ void PlayerApp::StartOfPlaybackDecision() {
 std::intptr_t PlayerApp::HandleMessage(const platform::Message& message) { return RouteMessage(*this, message); }
 
 // The persist sequence of a close:
-//  1. close the output;
+//  1. close the output (the root's own device; its engines close when it goes);
 //  2. with a bookmark store and a track not stopped, store the last-played
 //     bookmark (position in whole seconds, the title or else the path); when
 //     the list has no current path nothing further is saved, neither list
@@ -228,10 +231,13 @@ void PlayerApp::SetUpFormats() {
     formats.Enable(format, true);
 }
 
+// The face is made after the volume was applied, so it is given the VOLUME
+// control's value with the loaded state.
 void PlayerApp::PushStateToMenuAndSkin() {
   SetRepeat(settings.repeatEnabled);
   SetShuffle(settings.shuffleEnabled);
   if (skin != nullptr) {
+    skin->SetVolume(faceVolume);
     skin->SetExtraBass(settings.extraBassEnabled);
     skin->SetEqualizer(equalizerValues.enabled != 0);
   }
@@ -249,6 +255,10 @@ void PlayerApp::Post(std::uint32_t message, std::uintptr_t wParam, std::intptr_t
 }
 
 Dialogs* PlayerApp::DialogLauncher() { return window ? &window->DialogLauncher() : nullptr; }
+
+platform::DeviceVolume& PlayerApp::Volume() {
+  return services.deviceVolume != nullptr ? *services.deviceVolume : platform::ProcessDeviceVolume();
+}
 
 playback::FormatRegistry& PlayerApp::Formats() {
   return services.formats != nullptr ? *services.formats : playback::Formats();

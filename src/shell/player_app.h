@@ -30,6 +30,7 @@
 
 #include "effects/equalizer_values.h"
 #include "platform/message_target.h"
+#include "playback/audio_output.h"
 #include "playback/media_decoder.h"
 #include "playlist/playlist_settings.h"
 #include "shell/app_settings.h"
@@ -41,6 +42,7 @@
 #include "shell/settings_store.h"
 
 namespace platform {
+class DeviceVolume;
 class Registry;
 }
 
@@ -79,6 +81,8 @@ struct ShellServices {
   NativeLanguageNames nativeLanguageNames;
   // The format registry to fill; null for the process's own.
   playback::FormatRegistry* formats = nullptr;
+  // The wave device's volume; null for the process's own.
+  platform::DeviceVolume* deviceVolume = nullptr;
 };
 
 class PlayerApp : public platform::MessageHandler, public PlayerOperations {
@@ -130,6 +134,9 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::MediaDecoder* CurrentDecoder() { return currentDecoder; }
   // The filters of the output, made in Init.
   effects::Equalizer* EqualizerFilter() { return equalizer.get(); }
+  playback::AudioOutput& Output() { return output; }
+  std::uint32_t CurrentVolume() const { return currentVolume; }
+  std::uint32_t MutedVolume() const { return mutedVolume; }
   // The bookmark store, null until one exists.
   void SetBookmarkStore(std::unique_ptr<BookmarkStore> store);
   // The device volume, 0 to 65535, or 0 when the volume isn't the device's.
@@ -225,6 +232,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   void Post(std::uint32_t message, std::uintptr_t wParam = 0, std::intptr_t lParam = 0);
   Dialogs* DialogLauncher();
   playback::FormatRegistry& Formats();
+  platform::DeviceVolume& Volume();
 
   // Seams to collaborators the program doesn't have yet (player_app_seams.cpp).
   void ClearPlaylist();
@@ -240,6 +248,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   void TellListRepeatMode(std::uint32_t mode);
   void TellListPosition(std::uint32_t seconds);
   void CloseOutput();
+  void ShowVolumeOnFace(std::int32_t slider);
 
   ShellServices services;
 
@@ -249,6 +258,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   effects::EqualizerValues equalizerValues;
 
   playback::MediaDecoder idleDecoder;
+  playback::AudioOutput output;  // the root: it opens no device itself
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;
@@ -261,6 +271,10 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   SkinDisplay* skin = nullptr;  // owned by the window
 
   std::uint32_t currentVolume = 0;  // the volume last applied, device scale
+  // 0 when not muted; else the volume to come back to, left channel in the
+  // low half and right in the high half.
+  std::uint32_t mutedVolume = 0;
+  std::int32_t faceVolume = 0;  // the VOLUME control, slider scale
   InformationBlock information;
   bool isActive = false;
   bool buttonLock = false;

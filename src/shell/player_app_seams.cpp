@@ -24,19 +24,11 @@ void PlayerApp::LoadFiles() {}
 void PlayerApp::AddFiles() {}
 void PlayerApp::ScrollPlaylist(bool /*up*/) {}
 
-// --- The output engine and the device volume (AudioOutput, the wave device) ----------
-void PlayerApp::CloseOutput() {}
-std::uint32_t PlayerApp::ReadVolume() { return 0; }
-void PlayerApp::ApplyVolume(std::uint32_t deviceVolume) { currentVolume = deviceVolume; }
-
-// --- Transport that needs the list, the decoders and the output --------------------
+// --- Transport that needs the list and the decoders ---------------------------------
 void PlayerApp::Play(bool /*keepCurrent*/) {}
 void PlayerApp::Next(bool /*automatic*/) {}
 void PlayerApp::Previous() {}
 void PlayerApp::TrackEnded() {}
-void PlayerApp::VolumeStep(bool /*up*/) {}
-void PlayerApp::SetVolumeFromSlider(std::int32_t /*slider*/) {}
-void PlayerApp::ToggleMute() {}
 
 // --- Keys and the key filter -----------------------------------------------------------
 void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
@@ -50,7 +42,6 @@ void PlayerApp::RebuildBookmarkMenu() {}
 
 // --- Alarm and sleep timer ---------------------------------------------------------------
 void PlayerApp::OnAlarm() {}
-void PlayerApp::FadeInStep() {}
 void PlayerApp::SleepTimerTick() {}
 
 }  // namespace shell

@@ -24,6 +24,7 @@
 #include "shell/language_menu.h"
 
 namespace platform {
+class DeviceVolume;
 class Registry;
 }
 
@@ -52,6 +53,8 @@ struct ProcessServices {
   std::function<std::uint64_t()> localTimeNow;
   // Makes the application object; tests observe it through a subclass.
   std::function<std::unique_ptr<PlayerApp>(const ShellServices&)> makeApp;
+  // The wave device's volume; null for the process's own.
+  platform::DeviceVolume* deviceVolume = nullptr;
 };
 
 // Half-width of the window in which a TSAlarm start counts: 60 s in 100 ns units.

@@ -14,6 +14,7 @@ void GuiAppTest::SetUp() {
   // As a session's runtime folder is: Qt in the player complains otherwise.
   std::filesystem::permissions(Root().File("runtime"), std::filesystem::perms::owner_all);
   registry = std::make_unique<platform::Registry>(platform::ConfigDirectory() + "/registry.reg");
+  deviceVolume = std::make_unique<platform::DeviceVolume>(*registry);
   settingsKey = std::make_unique<shell::RegistryKey>(*registry);
   ASSERT_TRUE(settingsKey->Bind(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath));
   windows = std::make_unique<ui::QtWindowSystem>();
@@ -33,7 +34,8 @@ void GuiAppTest::TearDown() {
 
 SpyApp& GuiAppTest::Start() {
   app = std::make_unique<SpyApp>(
-      shell::ShellServices{*registry, *settingsKey, *windows, *link, packReader, ui::NativeLanguageName, nullptr});
+      shell::ShellServices{*registry, *settingsKey, *windows, *link, packReader, ui::NativeLanguageName, nullptr,
+                           deviceVolume.get()});
   EXPECT_FALSE(app->HandOffToRunningInstance("")) << "no other instance runs";
   EXPECT_TRUE(app->Init());
   const shell::Rect area = windows->WorkArea();

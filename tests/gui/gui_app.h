@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/device_volume.h"
 #include "platform/registry.h"
 #include "shell/language_pack.h"
 #include "shell/player_app.h"
@@ -56,6 +57,7 @@ class GuiAppTest : public IsolatedEnvironmentTest {
   bool Stored(const char* name);
 
   std::unique_ptr<platform::Registry> registry;
+  std::unique_ptr<platform::DeviceVolume> deviceVolume;
   std::unique_ptr<shell::RegistryKey> settingsKey;
   std::unique_ptr<ui::QtWindowSystem> windows;
   std::unique_ptr<ui::LocalInstanceLink> link;

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "effects/equalizer.h"
+#include "platform/device_volume.h"
 #include "platform/local_time.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -13,6 +14,7 @@
 #include "playback/playback_settings.h"
 #include "shell/process_start.h"
 #include "shell/registry_key.h"
+#include "shell/volume_scales.h"
 #include "shell/window_messages.h"
 #include "shell_fakes.h"
 #include "support/test_environment.h"
@@ -43,6 +45,7 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
   void SetUp() override {
     IsolatedEnvironmentTest::SetUp();
     registry = std::make_unique<platform::Registry>(Root().File("config/tavrinsonic/registry.reg"));
+    deviceVolume = std::make_unique<platform::DeviceVolume>(*registry);
     settingsKey = std::make_unique<shell::RegistryKey>(*registry);
     ASSERT_TRUE(settingsKey->Bind(kMachine, kSettingsKeyPath));
     names = [](std::uint32_t id) -> std::optional<std::string> {
@@ -58,7 +61,7 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
   }
 
   shell::ShellServices Services() {
-    return shell::ShellServices{*registry, *settingsKey, windows, link, packs, names, &formats};
+    return shell::ShellServices{*registry, *settingsKey, windows, link, packs, names, &formats, deviceVolume.get()};
   }
   // Init and the main window, as the process start makes them.
   SpyApp& Start() {
@@ -86,6 +89,7 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
   }
 
   std::unique_ptr<platform::Registry> registry;
+  std::unique_ptr<platform::DeviceVolume> deviceVolume;
   std::unique_ptr<shell::RegistryKey> settingsKey;
   testing_support::FakeWindowSystem windows;
   testing_support::FakeInstanceLink link;
@@ -106,7 +110,8 @@ class ProcessStartTest : public PlayerAppTest {
                                             auto made = std::make_unique<SpyApp>(shellServices);
                                             spy = made.get();
                                             return made;
-                                          }};
+                                          },
+                                          deviceVolume.get()};
     return shell::RunProcess(commandLine, services);
   }
   void StoreAlarm(std::uint64_t fileTime) {
@@ -648,6 +653,74 @@ TEST_F(PlayerAppTest, TheEqualizerFollowsTheUsersSwitchUnlessTheWmaOggOptionKeep
   app->Settings().disableEqForWmaOgg = false;
   Command(shell::kCommandGeneralOptions);
   EXPECT_TRUE(Filters(equalizer));
+}
+
+// --- The volume ---------------------------------------------------------------------------------
+
+TEST_F(PlayerAppTest, EachStartTakesTheDeviceVolumeThroughTheSliderAndLosesALittle) {
+  EXPECT_EQ(deviceVolume->Get(), platform::kFullVolume);
+  Start();
+  EXPECT_EQ(Window().skin.volume, 1000);
+  EXPECT_EQ(app->CurrentVolume(), 63999u);
+  EXPECT_EQ(deviceVolume->Get(), 63999u | 63999u << 16);
+  EXPECT_EQ(shell::DeviceToSlider(65535), 1000);
+  EXPECT_EQ(shell::SliderToDevice(1000), 63999u);
+  EXPECT_EQ(shell::DeviceToPercent(65535), 100);
+}
+
+TEST_F(PlayerAppTest, VolumeStepsClampAtFullAndShowThePercentage) {
+  Start();
+  Send(shell::kMessageVolumeUp);
+  EXPECT_EQ(app->CurrentVolume(), 65535u);
+  Send(shell::kMessageVolumeUp);
+  EXPECT_EQ(app->CurrentVolume(), 65535u);
+  EXPECT_EQ(Window().skin.message, "Volume: 100%");
+  EXPECT_EQ(Window().timers.Period(shell::kTimerStatus), 1500u);
+  EXPECT_EQ(Window().skin.volume, 1000);
+  Send(shell::kMessageVolumeDown);
+  EXPECT_EQ(app->CurrentVolume(), 61439u);
+  EXPECT_EQ(Window().skin.message, "Volume: 93%");
+  EXPECT_EQ(deviceVolume->Get(), 61439u | 61439u << 16);
+}
+
+TEST_F(PlayerAppTest, AFadeInFromZeroIsFullAfterExactlySixteenStepsAndTheSliderEndsIt) {
+  Start();
+  Send(shell::kMessageSetVolume, 0);
+  EXPECT_EQ(app->CurrentVolume(), 0u);
+  Window().timers.Set(shell::kTimerFadeIn, 200);
+  for (int step = 1; step <= 15; ++step) Window().timers.Fire(shell::kTimerFadeIn);
+  EXPECT_EQ(app->CurrentVolume(), 15u * 4096u);
+  EXPECT_TRUE(Window().timers.IsRunning(shell::kTimerFadeIn));
+  Window().timers.Fire(shell::kTimerFadeIn);
+  EXPECT_EQ(app->CurrentVolume(), 65535u) << "the 16th step is clamped";
+  EXPECT_FALSE(Window().timers.IsRunning(shell::kTimerFadeIn));
+
+  Window().timers.Set(shell::kTimerFadeIn, 200);
+  Send(shell::kMessageSetVolume, 300);
+  EXPECT_FALSE(Window().timers.IsRunning(shell::kTimerFadeIn)) << "a touch on the slider ends a fade-in";
+  EXPECT_EQ(Window().skin.volume, 300);
+}
+
+TEST_F(PlayerAppTest, MuteKeepsOneChannelAndStepsWhileMutedChangeOnlyWhatComesBack) {
+  Start();
+  Send(shell::kMessageSetVolume, 500);
+  ASSERT_EQ(app->CurrentVolume(), 31999u);
+  Send(shell::kMessageMute);
+  EXPECT_EQ(app->MutedVolume(), 31999u);
+  EXPECT_EQ(Window().skin.volume, 0);
+  Send(shell::kMessageMute);
+  EXPECT_EQ(app->MutedVolume(), 0u);
+  EXPECT_EQ(Window().skin.volume, shell::DeviceToSlider(31999 / 2)) << "left back, right at 0: the slider at half";
+
+  Send(shell::kMessageMute);
+  Send(shell::kMessageVolumeUp);
+  EXPECT_EQ(app->MutedVolume(), 36095u | 36095u << 16);
+  EXPECT_EQ(Window().skin.volume, 0) << "nothing sounds louder";
+  EXPECT_EQ(deviceVolume->Get(), 31999u | 31999u << 16);
+  Send(shell::kMessageVolumeUp);  // both halves taken as one number: full
+  EXPECT_EQ(app->MutedVolume(), 65535u | 65535u << 16);
+  Send(shell::kMessageMute);
+  EXPECT_EQ(Window().skin.volume, 1000) << "both channels come back at the stepped value";
 }
 
 }  // namespace
