@@ -27,8 +27,6 @@ class Dialogs {
   virtual void FileTypes() = 0;        // command 40045
   virtual void SetAlarm() = 0;         // command 40046
   virtual void Effects() = 0;          // command 40090
-  // The file picker that greets a first start with an empty list.
-  virtual void SelectFiles() = 0;
 };
 
 // The process-wide flag by which the launchers of modal dialogs keep a

@@ -13,6 +13,10 @@
 #include "platform/message_target.h"
 #include "platform/timers.h"
 
+namespace playlist {
+class PlaylistDialogs;
+}
+
 namespace shell {
 
 class Dialogs;
@@ -45,6 +49,9 @@ class MainWindow {
   // skin pixels. Null when it can't be made.
   virtual SkinDisplay* CreateSkin(int width, int height) = 0;
   virtual Dialogs& DialogLauncher() = 0;
+  // The file picker and the small boxes the list's fills run; null while
+  // the program has none.
+  virtual playlist::PlaylistDialogs* PlaylistBoxes() = 0;
 
   virtual void Show() = 0;
   virtual void BringToForeground() = 0;

@@ -44,12 +44,14 @@ bool PathExists(const std::string& path) {
 }  // namespace
 
 PlayerApp::PlayerApp(const ShellServices& shellServices)
-    : services(shellServices), language(shellServices.packReader, shellServices.registry) {
+    : services(shellServices),
+      playlist(shellServices.formats != nullptr ? *shellServices.formats : playback::Formats()),
+      language(shellServices.packReader, shellServices.registry) {
   services.registry.CreateKey(platform::RegistryRoot::LocalMachine, kVendorKeyPath);
   // The run-time defaults; the settings load overrides them.
   settings.repeatMode = 1;
   settings.decodePriority = 1;
-  listSettings.displayMode = 1;
+  playlist.Settings().displayMode = 1;
   settings.skipSeconds = 60;
   settings.extraBassStrength = 3;
   settings.loadPath = platform::HomeDirectory();
@@ -66,6 +68,9 @@ PlayerApp::~PlayerApp() {
   equalizer.reset();
   bookmarks.reset();
   currentDecoder = &idleDecoder;
+  playlist.StopInfoThread();
+  playlist.SetMainWindow(nullptr);
+  playlist.SetDialogs(nullptr);
   skin = nullptr;
   window.reset();
 }
@@ -85,26 +90,24 @@ bool PlayerApp::IsPlaying() { return DecoderState() == playback::kStatePlaying; 
 void PlayerApp::OpenMedia(const std::string& path, bool atStartup) {
   const bool alarm = IsAlarmKeyword(path);
   if (!path.empty() && !alarm) {
-    if (!settings.enqueueOnOpen) ClearPlaylist();
+    if (!settings.enqueueOnOpen) playlist.ClearAll();
     else if (atStartup) LoadDefaultList();
-    AddToPlaylist(path);
+    playlist.AddAndRefresh(path);  // a playlist file is read in its place
     if (!(settings.enqueueOnOpen && IsPlaying())) Play(false);
     return;
   }
   if (settings.loadLocalContent) {
     if (skin != nullptr) skin->SetMessage(platform::LoadText(kTextLoadingLocalContent));
-    LoadFolderTree(platform::HomeDirectory());
+    playlist.LoadFolderContents(platform::HomeDirectory());
     if (skin != nullptr) skin->SetMessage("");
   } else if (settings.loadFolderContents) {
     if (skin != nullptr)
       skin->SetMessage(platform::FormatText(platform::LoadText(kTextLoadingFolder), {settings.loadPath}));
-    LoadFolderTree(settings.loadPath);
+    playlist.LoadFolderContents(settings.loadPath);
     if (skin != nullptr) skin->SetMessage("");
   } else {
     LoadDefaultList();
-    if (PlaylistIsEmpty()) {
-      if (Dialogs* dialogs = DialogLauncher()) dialogs->SelectFiles();
-    }
+    playlist.AddFilesIfEmpty();  // a first start is greeted by the file picker
   }
   if (alarm) Post(kMessageAlarm);
 }
@@ -152,6 +155,8 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   BuildLanguageEntries();
   BuildSkipTimeMenu();
   RebuildBookmarkMenu();
+  playlist.SetMainWindow(&window->Messages());
+  playlist.SetDialogs(window->PlaylistBoxes());
   // The device volume, through the slider's scale: the way there and back
   // loses a little at each start, as it always has.
   SetVolumeFromSlider(DeviceToSlider(ReadVolume()));
@@ -175,7 +180,7 @@ void PlayerApp::StartOfPlaybackDecision() {
     std::int32_t seconds = 0;
     if (!bookmarks->TakeLastPlayed(path, seconds)) return;
     RebuildBookmarkMenu();
-    GoToPathAt(path, seconds);
+    playlist.PlayPath(path, static_cast<std::uint32_t>(seconds), false);
   } else if (playback::PlaybackSettings::Read(playback.startOnLaunch)) {
     Play(false);
   }
@@ -196,14 +201,14 @@ std::intptr_t PlayerApp::HandleMessage(const platform::Message& message) { retur
 void PlayerApp::Persist() {
   CloseOutput();
   if (bookmarks && DecoderState() != playback::kStateStopped) {
-    std::string path;
-    if (!CurrentPath(path)) return;
+    const std::optional<std::string> path = playlist.CurrentPath();
+    if (!path) return;
     std::string title;
-    if (!CurrentTitle(title) || title.empty()) title = path;
+    if (!CurrentTitle(title) || title.empty()) title = *path;
     const auto seconds = static_cast<std::int32_t>(currentDecoder->GetPosition() / 1000);
-    bookmarks->SetLastPlayed(path, seconds, title);
+    bookmarks->SetLastPlayed(*path, seconds, title);
   }
-  SaveDefaultList();
+  playlist.SaveDefaultList(DefaultListPath());
   SaveSettings();
 }
 
@@ -212,7 +217,7 @@ void PlayerApp::QuitMessageLoop() { services.windows.PostQuit(0); }
 void PlayerApp::PostClose() { Post(kMessageClose); }
 
 SettingsTargets PlayerApp::Targets() {
-  return SettingsTargets{settings, listSettings, equalizerValues, playback::Playback(), skin::Actions()};
+  return SettingsTargets{settings, playlist.Settings(), equalizerValues, playback::Playback(), skin::Actions()};
 }
 
 void PlayerApp::LoadSettings() { shell::LoadSettings(services.registry, Targets()); }
@@ -248,7 +253,19 @@ std::string PlayerApp::InstallDirectory() {
   return folder.empty() ? platform::HomeDirectory() : folder;
 }
 
-std::string PlayerApp::DefaultListPath() { return platform::JoinPath(InstallDirectory(), "default.tsl"); }
+// "default.tsl" in the install directory, read anew each time.
+std::string PlayerApp::DefaultListPath() {
+  return playlist::PlaylistView::DefaultListPath(platform::ReadInstallDirectory(services.registry));
+}
+
+void PlayerApp::LoadDefaultList() { playlist.LoadDefaultList(DefaultListPath()); }
+
+bool PlayerApp::CurrentTitle(std::string& title) {
+  std::optional<std::string> current = playlist.CurrentTitle();
+  if (!current) return false;
+  title = std::move(*current);
+  return true;
+}
 
 void PlayerApp::Post(std::uint32_t message, std::uintptr_t wParam, std::intptr_t lParam) {
   if (window) window->Messages().Post(message, wParam, lParam);

@@ -32,7 +32,7 @@
 #include "platform/message_target.h"
 #include "playback/audio_output.h"
 #include "playback/media_decoder.h"
-#include "playlist/playlist_settings.h"
+#include "playlist/playlist_view.h"
 #include "shell/app_settings.h"
 #include "shell/information_block.h"
 #include "shell/language_menu.h"
@@ -121,7 +121,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
 
   // --- State for dialogs, the face and tests ------------------------------------------
   AppSettings& Settings() { return settings; }
-  playlist::PlaylistSettings& ListSettings() { return listSettings; }
+  playlist::PlaylistSettings& ListSettings() { return playlist.Settings(); }
+  playlist::PlaylistView& Playlist() { return playlist; }
   effects::EqualizerValues& EqualizerSettings() { return equalizerValues; }
   MenuBar& Menu() { return menuBar; }
   MainWindow* Window() { return window.get(); }
@@ -234,19 +235,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::FormatRegistry& Formats();
   platform::DeviceVolume& Volume();
 
-  // Seams to collaborators the program doesn't have yet (player_app_seams.cpp).
-  void ClearPlaylist();
-  void AddToPlaylist(const std::string& path);
   void LoadDefaultList();
-  void SaveDefaultList();
-  bool PlaylistIsEmpty();
-  bool CurrentPath(std::string& path);
   bool CurrentTitle(std::string& title);
-  void LoadFolderTree(const std::string& folder);
-  void GoToPathAt(const std::string& path, std::int32_t seconds);
-  void TellListShuffle(bool on);
-  void TellListRepeatMode(std::uint32_t mode);
-  void TellListPosition(std::uint32_t seconds);
   void CloseOutput();
   void ShowVolumeOnFace(std::int32_t slider);
 
@@ -254,7 +244,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
 
   // Persistent fields and the objects whose fields the settings fill.
   AppSettings settings;
-  playlist::PlaylistSettings listSettings;
+  playlist::PlaylistView playlist;
   effects::EqualizerValues equalizerValues;
 
   playback::MediaDecoder idleDecoder;

@@ -7,21 +7,7 @@
 
 namespace shell {
 
-// --- The playlist (PlaylistView) ---------------------------------------------------
-void PlayerApp::ClearPlaylist() {}
-void PlayerApp::AddToPlaylist(const std::string& /*path*/) {}
-void PlayerApp::LoadDefaultList() {}
-void PlayerApp::SaveDefaultList() {}
-bool PlayerApp::PlaylistIsEmpty() { return true; }
-bool PlayerApp::CurrentPath(std::string& /*path*/) { return false; }
-bool PlayerApp::CurrentTitle(std::string& /*title*/) { return false; }
-void PlayerApp::LoadFolderTree(const std::string& /*folder*/) {}
-void PlayerApp::GoToPathAt(const std::string& /*path*/, std::int32_t /*seconds*/) {}
-void PlayerApp::TellListShuffle(bool /*on*/) {}
-void PlayerApp::TellListRepeatMode(std::uint32_t /*mode*/) {}
-void PlayerApp::TellListPosition(std::uint32_t /*seconds*/) {}
-void PlayerApp::LoadFiles() {}
-void PlayerApp::AddFiles() {}
+// --- The list screen --------------------------------------------------------------------
 void PlayerApp::ScrollPlaylist(bool /*up*/) {}
 
 // --- Transport that needs the list and the decoders ---------------------------------

@@ -45,8 +45,9 @@ std::int32_t PlayerApp::LengthMs() {
 }
 
 std::int32_t PlayerApp::PositionMs() {
+  // The list's time display, which also gets the position in whole seconds
+  // from here, comes with the list screen.
   const std::uint32_t position = currentDecoder != nullptr ? currentDecoder->GetPosition() : 0;
-  TellListPosition(position / 1000);
   return static_cast<std::int32_t>(position);
 }
 

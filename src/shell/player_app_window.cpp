@@ -122,6 +122,10 @@ void PlayerApp::BuildLanguageEntries() {
                                     services.nativeLanguageNames);
 }
 
+// Message 2594 (LOADFILES) and 2648 (ADDFILES): the list's fills.
+void PlayerApp::LoadFiles() { playlist.NewPlaylist(); }
+void PlayerApp::AddFiles() { playlist.AddFiles(); }
+
 std::intptr_t PlayerApp::RefreshInformationBlock(std::uintptr_t /*wParam*/, std::intptr_t /*lParam*/) {
   information.state = DecoderState();
   information.position = static_cast<std::int32_t>(currentDecoder != nullptr ? currentDecoder->GetPosition() : 0);
@@ -159,14 +163,14 @@ void PlayerApp::OnCallEvent(bool began) {
 
 void PlayerApp::SetShuffle(bool on) {
   settings.shuffleEnabled = on;
-  TellListShuffle(on);
+  playlist.SetShuffle(on);
   if (skin != nullptr) skin->SetShuffle(on);
   menuBar.Check(kCommandEnableShuffle, on);
 }
 
 void PlayerApp::SetRepeat(bool on) {
   settings.repeatEnabled = on;
-  TellListRepeatMode(on ? settings.repeatMode : 0);
+  playlist.SetRepeatMode(on ? static_cast<int>(settings.repeatMode) : 0);
   if (skin != nullptr) skin->SetRepeat(on);
   menuBar.Check(kCommandEnableRepeat, on);
   SetRepeatMode(settings.repeatMode + kRepeatModeCommandBase);
@@ -176,7 +180,7 @@ void PlayerApp::SetRepeatMode(std::uint32_t command) {
   for (std::uint32_t id = kCommandRepeatAll; id <= kCommandRepeatSelected; ++id) menuBar.Check(id, false);
   menuBar.Check(command, true);
   settings.repeatMode = command - kRepeatModeCommandBase;
-  if (settings.repeatEnabled) TellListRepeatMode(settings.repeatMode);
+  if (settings.repeatEnabled) playlist.SetRepeatMode(static_cast<int>(settings.repeatMode));
 }
 
 void PlayerApp::ToggleShuffle() { SetShuffle(!settings.shuffleEnabled); }

@@ -68,6 +68,7 @@ class PlayerProcessTest : public testing_support::GuiAppTest {
 TEST_F(PlayerProcessTest, ASignalClosesThePlayerAsExitDoesAndItsSettingsAreSaved) {
   for (const int signalNumber : {SIGTERM, SIGINT, SIGHUP}) {
     registry->DeleteValue(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath, "WndSettings");
+    std::filesystem::remove(Root().File("data/tavrinsonic/default.tsl"));
     QProcess player;
     StartRunningPlayer(player);
     ASSERT_FALSE(Stored("WndSettings"));
@@ -76,6 +77,7 @@ TEST_F(PlayerProcessTest, ASignalClosesThePlayerAsExitDoesAndItsSettingsAreSaved
     EXPECT_EQ(player.exitStatus(), QProcess::NormalExit) << signalNumber;
     EXPECT_EQ(player.exitCode(), 0);
     EXPECT_TRUE(Stored("WndSettings")) << signalNumber;
+    EXPECT_TRUE(std::filesystem::exists(Root().File("data/tavrinsonic/default.tsl"))) << "and the list";
     EXPECT_FALSE(std::filesystem::exists(SocketPath())) << "the name is given back";
   }
 }
@@ -90,6 +92,8 @@ TEST_F(PlayerProcessTest, ALaterStartHandsItsFileOverAndEnds) {
   EXPECT_EQ(exitCode, 0);
   ASSERT_TRUE(ProcessEventsUntil([&] { return !app->opened.empty(); }));
   EXPECT_EQ(app->opened, (std::vector<std::string>{file}));
+  ASSERT_EQ(app->Playlist().ItemCount(), 1);
+  EXPECT_EQ(app->Playlist().PathAt(0), file) << "the file replaced the list";
   EXPECT_TRUE(Window().isVisible()) << "the running window came forward";
 }
 

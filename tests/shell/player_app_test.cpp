@@ -131,6 +131,7 @@ TEST_F(ProcessStartTest, AFirstStartShowsTheWindowGreetsWithThePickerAndAClosePe
   EXPECT_EQ(windows.loops, 1);
   EXPECT_TRUE(windows.quit);
   EXPECT_TRUE(Stored("WndSettings")) << "the close saved the settings";
+  EXPECT_TRUE(std::filesystem::exists(InstallDirectory() + "/default.tsl")) << "and the list";
   EXPECT_EQ(StoredDword("FFSkipTime"), 10u);
   EXPECT_NE(platform::ReadInstallDirectory(*registry), "") << "the start installed the player";
   EXPECT_EQ(link.searches, 1);
@@ -142,7 +143,7 @@ TEST_F(ProcessStartTest, TheWindowIsShownAndThePickerOpenedBeforeTheLoopStarts) 
   windows.onLoop = [this] { windows.openedAtLoop = spy->opened; };
   RunProcess("");
   EXPECT_EQ(windows.eventsAtLoop, (std::vector<std::string>{"Show", "BringToForeground", "Redraw"}));
-  EXPECT_EQ(windows.dialogsAtLoop, (std::vector<std::string>{"SelectFiles"}));
+  EXPECT_EQ(windows.listDialogsAtLoop, (std::vector<std::string>{"picker files"}));
   EXPECT_EQ(windows.openedAtLoop, (std::vector<std::string>{" at start"}));
 }
 
@@ -593,20 +594,117 @@ TEST_F(PlayerAppTest, DialogCommandsOpenTheirDialogAndSaveWhereTheyShould) {
   EXPECT_EQ(Window().dialogs.opened, (std::vector<std::string>{"About", "Equalizer", "Playlist", "Effects"}));
 }
 
+// --- The list -------------------------------------------------------------------------------------
+
+std::vector<std::string> Paths(playlist::PlaylistView& list) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < list.ItemCount(); ++i) paths.push_back(list.PathAt(i));
+  return paths;
+}
+
 TEST_F(PlayerAppTest, OpenMediaWithoutAPathGreetsAnEmptyListWithThePickerAndRaisesAnAlarm) {
   Start();
   app->OpenMedia("", true);
-  EXPECT_EQ(Window().dialogs.opened, (std::vector<std::string>{"SelectFiles"}));
+  EXPECT_EQ(Window().listDialogs.asked, (std::vector<std::string>{"picker files"}));
   app->OpenMedia("TSALARM", true);
   EXPECT_EQ(Window().queue.PendingIds(), (std::vector<std::uint32_t>{shell::kMessageAlarm}));
+  EXPECT_EQ(Window().listDialogs.asked.size(), 2u) << "the list is still empty";
+
   app->Settings().loadFolderContents = true;
   app->Settings().loadPath = "/media/card";
   Window().skin.message = "before";
+  Window().listDialogs.picked = {"/media/card/a.mp3"};
   app->OpenMedia("", true);
+  EXPECT_EQ(Window().listDialogs.asked.back(), "scan /media/card");
   EXPECT_EQ(Window().skin.message, "") << "the loading text is cleared afterwards";
-  EXPECT_EQ(Window().dialogs.opened.size(), 2u) << "the folder load replaces the picker";
+  EXPECT_EQ(Paths(app->Playlist()), (std::vector<std::string>{"/media/card/a.mp3"}));
+
+  app->Settings().loadLocalContent = true;
+  app->OpenMedia("", true);
+  EXPECT_EQ(Window().listDialogs.asked.back(), "scan " + Root().File("home")) << "local content wins";
 }
 
+TEST_F(PlayerAppTest, APathReplacesTheListUnlessItIsToBeEnqueued) {
+  Start();
+  app->OpenMedia("/music/one.mp3", true);
+  app->OpenMedia("/music/two.mp3", false);
+  EXPECT_EQ(Paths(app->Playlist()), (std::vector<std::string>{"/music/two.mp3"}));
+  app->Settings().enqueueOnOpen = true;
+  app->OpenMedia("/music/three.mp3", false);
+  EXPECT_EQ(Paths(app->Playlist()), (std::vector<std::string>{"/music/two.mp3", "/music/three.mp3"}));
+  EXPECT_TRUE(Window().listDialogs.asked.empty());
+}
+
+TEST_F(PlayerAppTest, TheListSurvivesACloseAndAStartAndAnEnqueuedStartJoinsIt) {
+  Start();
+  app->OpenMedia("/music/one.mp3", true);
+  app->Settings().enqueueOnOpen = true;
+  app->OpenMedia("/music/two.mp3", false);
+  Send(shell::kMessageClose);
+  app.reset();
+
+  Start();
+  app->OpenMedia("", true);
+  EXPECT_EQ(Paths(app->Playlist()), (std::vector<std::string>{"/music/one.mp3", "/music/two.mp3"}));
+  EXPECT_TRUE(Window().listDialogs.asked.empty()) << "no picker for a list that has entries";
+  EXPECT_TRUE(app->Settings().enqueueOnOpen) << "the settings came back too";
+  app->Playlist().ClearAll();
+  app->OpenMedia("/music/three.mp3", true);
+  EXPECT_EQ(Paths(app->Playlist()),
+            (std::vector<std::string>{"/music/one.mp3", "/music/two.mp3", "/music/three.mp3"}))
+      << "an enqueued start loads the default list first";
+}
+
+TEST_F(PlayerAppTest, AtCloseTheLastPlayedBookmarkTakesTheCurrentEntry) {
+  Start();
+  auto store = std::make_unique<FakeBookmarkStore>();
+  FakeBookmarkStore& bookmarks = *store;
+  app->SetBookmarkStore(std::move(store));
+  app->OpenMedia("/music/a song.mp3", true);
+  app->CurrentDecoder()->SetState(playback::kStatePaused);
+  Send(shell::kMessageClose);
+  EXPECT_EQ(bookmarks.lastPlayed, (std::vector<std::string>{"/music/a song.mp3 0 a song"}));
+  EXPECT_TRUE(Stored("WndSettings"));
+}
+
+TEST_F(PlayerAppTest, TheListsFillsAndOrderFollowTheirMessages) {
+  Start();
+  Send(shell::kMessageLoadFiles);
+  Send(shell::kMessageAddFiles);
+  EXPECT_EQ(Window().listDialogs.asked, (std::vector<std::string>{"picker files replace", "picker files"}));
+  Send(shell::kMessageToggleShuffle);
+  EXPECT_TRUE(app->Playlist().Shuffle());
+  Command(shell::kCommandRepeatOne);
+  EXPECT_EQ(app->Playlist().RepeatMode(), 0) << "repeat is off";
+  Command(shell::kCommandEnableRepeat);
+  EXPECT_EQ(app->Playlist().RepeatMode(), 2);
+  Command(shell::kCommandRepeatSelected);
+  EXPECT_EQ(app->Playlist().RepeatMode(), 3);
+  Command(shell::kCommandEnableRepeat);
+  EXPECT_EQ(app->Playlist().RepeatMode(), 0);
+}
+
+TEST_F(PlayerAppTest, TheInformationBlockCarriesTheListsCurrentTitle) {
+  Start();
+  app->OpenMedia("/music/Artist - Song.ogg", true);
+  const auto* block = reinterpret_cast<const shell::InformationBlock*>(Send(shell::kMessageInfoBlock));
+  EXPECT_EQ(block->Title(), shell::kProductText) << "nothing is current before a track plays";
+  ASSERT_TRUE(app->Playlist().CurrentPath());  // makes the first entry current
+  Send(shell::kMessageInfoBlock);
+  EXPECT_EQ(block->Title(), "Artist - Song");
+}
+
+TEST_F(PlayerAppTest, ContinuingFromTheLastPositionGoesToTheBookmarkedPlace) {
+  Start();
+  auto store = std::make_unique<FakeBookmarkStore>();
+  store->count = 1;
+  store->hasLastPlayed = true;
+  app->SetBookmarkStore(std::move(store));
+  playback::PlaybackSettings::Write(playback::Playback().continueFromLastPosition, true);
+  app->StartOfPlaybackDecision();
+  EXPECT_EQ(Paths(app->Playlist()), (std::vector<std::string>{"/music/last.mp3"}));
+  EXPECT_EQ(Window().queue.PendingIds(), (std::vector<std::uint32_t>{2560, 2567}));
+}
 
 // --- The equalizer ---------------------------------------------------------------------------------
 

@@ -17,7 +17,7 @@ int FakeWindowSystem::RunMessageLoop() {
   ++loops;
   if (window != nullptr) {
     eventsAtLoop = window->events;
-    dialogsAtLoop = window->dialogs.opened;
+    listDialogsAtLoop = window->listDialogs.asked;
     if (onLoop) onLoop();
     for (const std::uint32_t message : postedAtStart) window->queue.Post(message);
     while (!quit && window->queue.PendingCount() > 0) {
@@ -27,6 +27,20 @@ int FakeWindowSystem::RunMessageLoop() {
     }
   }
   return quit ? quitCode : -1;
+}
+
+int FakeListDialogs::RunPicker(PickerMode mode, bool replace, playlist::PlaylistView& view) {
+  asked.push_back(std::string("picker ") + (mode == PickerMode::kFiles ? "files" : mode == PickerMode::kFolder ? "folder" : "playlists") +
+                  (replace ? " replace" : ""));
+  if (replace) playlist::PlaylistView::AddEntry(nullptr, &view);
+  for (const std::string& path : picked) playlist::PlaylistView::AddEntry(path.c_str(), &view);
+  playlist::PlaylistView::AddEntry(playlist::PlaylistView::kEndOfBatch, &view);
+  return 1;
+}
+
+void FakeListDialogs::ScanFolder(const std::string& folder, playlist::PlaylistView& view) {
+  asked.push_back("scan " + folder);
+  for (const std::string& path : picked) playlist::PlaylistView::AddEntry(path.c_str(), &view);
 }
 
 std::optional<FakePackReader::Texts> FakePackReader::Read(const std::string& path,

@@ -11,6 +11,8 @@
 
 #include "platform/message_queue.h"
 #include "platform/timers.h"
+#include "playlist/playlist_dialogs.h"
+#include "playlist/playlist_view.h"
 #include "shell/bookmark_store.h"
 #include "shell/dialogs.h"
 #include "shell/instance_link.h"
@@ -57,8 +59,20 @@ class FakeDialogs : public shell::Dialogs {
   void FileTypes() override { opened.push_back("FileTypes"); }
   void SetAlarm() override { opened.push_back("SetAlarm"); }
   void Effects() override { opened.push_back("Effects"); }
-  void SelectFiles() override { opened.push_back("SelectFiles"); }
   std::vector<std::string> opened;
+};
+
+// The picker and boxes of the list's fills: they record what was asked and
+// add the paths a test gives them.
+class FakeListDialogs : public playlist::PlaylistDialogs {
+ public:
+  int RunPicker(PickerMode mode, bool replace, playlist::PlaylistView& view) override;
+  void ScanFolder(const std::string& folder, playlist::PlaylistView& view) override;
+  std::optional<std::string> EditText(int, const std::string&) override { return std::nullopt; }
+  std::optional<std::string> AskSavePath() override { return std::nullopt; }
+
+  std::vector<std::string> asked;
+  std::vector<std::string> picked;  // what the picker delivers
 };
 
 class FakeMainWindow : public shell::MainWindow {
@@ -78,6 +92,7 @@ class FakeMainWindow : public shell::MainWindow {
     return skinSucceeds ? &skin : nullptr;
   }
   shell::Dialogs& DialogLauncher() override { return dialogs; }
+  playlist::PlaylistDialogs* PlaylistBoxes() override { return &listDialogs; }
   void Show() override { events.push_back("Show"); }
   void BringToForeground() override { events.push_back("BringToForeground"); }
   void Redraw() override { events.push_back("Redraw"); }
@@ -91,6 +106,7 @@ class FakeMainWindow : public shell::MainWindow {
   platform::ManualTimers timers;
   FakeSkin skin;
   FakeDialogs dialogs;
+  FakeListDialogs listDialogs;
   shell::MenuBar* bar = nullptr;
   int skinWidth = 0, skinHeight = 0;
   bool attachSucceeds = true, skinSucceeds = true;
@@ -119,7 +135,7 @@ class FakeWindowSystem : public shell::WindowSystem {
   // Posted to the window when the loop starts, as the user or the system would.
   std::vector<std::uint32_t> postedAtStart;
   // What the window had seen when the loop started.
-  std::vector<std::string> eventsAtLoop, dialogsAtLoop, openedAtLoop;
+  std::vector<std::string> eventsAtLoop, listDialogsAtLoop, openedAtLoop;
   // Called when the loop starts, for what a test wants to look at then.
   std::function<void()> onLoop;
 };

@@ -40,6 +40,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   bool AttachMenuBar(shell::MenuBar& bar) override;
   shell::SkinDisplay* CreateSkin(int width, int height) override;
   shell::Dialogs& DialogLauncher() override { return dialogs; }
+  playlist::PlaylistDialogs* PlaylistBoxes() override { return nullptr; }
   void Show() override;
   void BringToForeground() override;
   void Redraw() override;

@@ -2,7 +2,9 @@
 //
 // About is here. The others come with the work on their subjects (the
 // equalizer, the playlist screen, bookmarks, timers, key mapping, options,
-// file types, the file picker); until then choosing them opens nothing.
+// file types); until then choosing them opens nothing. The file picker and
+// the list's small boxes are playlist::PlaylistDialogs, which the window
+// hands out once they exist.
 //
 // Threads: window thread.
 #pragma once
@@ -30,7 +32,6 @@ class QtDialogs : public shell::Dialogs {
   void FileTypes() override {}
   void SetAlarm() override {}
   void Effects() override {}
-  void SelectFiles() override {}
 
  private:
   QWidget& parent;
