@@ -28,6 +28,7 @@ bool& ModalDialogOpen() {
   return open;
 }
 
+// The key filter, when there is one, hears of the activation too.
 void PlayerApp::Activated(bool active) { isActive = active; }
 
 void PlayerApp::DropQueued(std::uint32_t message) {
@@ -66,6 +67,7 @@ void PlayerApp::FlipSpareFlagsAB() {
 
 void PlayerApp::FlipSpareFlagC() { settings.spareFlagC = !settings.spareFlagC; }
 
+// The lock is only kept: keys still work while it is on, as they always did.
 void PlayerApp::ToggleButtonLock() { buttonLock = !buttonLock; }
 
 // The entry's language is loaded and stored at once; menus and face keep the
