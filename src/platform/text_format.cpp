@@ -18,7 +18,9 @@ std::string Digits(std::int64_t value, char type, bool alternate) {
   char buffer[40];
   const auto bits = static_cast<std::uint64_t>(value);
   switch (type) {
-    case 'u': std::snprintf(buffer, sizeof buffer, "%llu", static_cast<unsigned long long>(bits & 0xFFFFFFFFu)); break;
+    case 'u':
+      std::snprintf(buffer, sizeof buffer, "%llu", static_cast<unsigned long long>(bits & 0xFFFFFFFFu));
+      break;
     case 'x':
       std::snprintf(buffer, sizeof buffer, alternate && bits != 0 ? "%#llx" : "%llx",
                     static_cast<unsigned long long>(bits & 0xFFFFFFFFu));
@@ -27,7 +29,9 @@ std::string Digits(std::int64_t value, char type, bool alternate) {
       std::snprintf(buffer, sizeof buffer, alternate && bits != 0 ? "%#llX" : "%llX",
                     static_cast<unsigned long long>(bits & 0xFFFFFFFFu));
       break;
-    default: std::snprintf(buffer, sizeof buffer, "%lld", static_cast<long long>(value)); break;
+    default:
+      std::snprintf(buffer, sizeof buffer, "%lld", static_cast<long long>(value));
+      break;
   }
   return buffer;
 }
@@ -36,8 +40,9 @@ std::string Render(const Conversion& c, const TextArgument& argument) {
   std::string body;
   bool numeric = false;
   if (c.type == 's') {
-    body = std::holds_alternative<std::string_view>(argument) ? std::string(std::get<std::string_view>(argument))
-                                                               : Digits(std::get<std::int64_t>(argument), 'd', false);
+    body = std::holds_alternative<std::string_view>(argument)
+               ? std::string(std::get<std::string_view>(argument))
+               : Digits(std::get<std::int64_t>(argument), 'd', false);
   } else if (c.type == 'c') {
     if (std::holds_alternative<std::int64_t>(argument))
       body = std::string(1, static_cast<char>(std::get<std::int64_t>(argument)));
@@ -79,14 +84,19 @@ std::string FormatText(std::string_view format, std::initializer_list<TextArgume
     Conversion c;
     std::size_t j = i + 1;
     for (; j < format.size(); ++j) {
-      if (format[j] == '-') c.leftAlign = true;
-      else if (format[j] == '0') c.zeroPad = true;
-      else if (format[j] == '#') c.alternate = true;
-      else break;
+      if (format[j] == '-')
+        c.leftAlign = true;
+      else if (format[j] == '0')
+        c.zeroPad = true;
+      else if (format[j] == '#')
+        c.alternate = true;
+      else
+        break;
     }
     for (; j < format.size() && format[j] >= '0' && format[j] <= '9'; ++j)
       c.width = c.width > 1000 ? c.width : c.width * 10 + (format[j] - '0');
-    while (j < format.size() && (format[j] == 'l' || format[j] == 'h')) ++j;  // size prefixes change nothing here
+    while (j < format.size() && (format[j] == 'l' || format[j] == 'h'))
+      ++j;  // size prefixes change nothing here
     if (j >= format.size() || std::string_view("diuxXcs").find(format[j]) == std::string_view::npos) {
       out.push_back('%');  // not understood: copied as it stands
       ++i;

@@ -4,9 +4,13 @@
 
 namespace platform {
 
-void ManualTimers::Set(std::uint32_t id, std::uint32_t periodMs) { running[id] = std::max<std::uint32_t>(periodMs, 1); }
+void ManualTimers::Set(std::uint32_t id, std::uint32_t periodMs) {
+  running[id] = std::max<std::uint32_t>(periodMs, 1);
+}
 
-bool ManualTimers::Kill(std::uint32_t id) { return running.erase(id) != 0; }
+bool ManualTimers::Kill(std::uint32_t id) {
+  return running.erase(id) != 0;
+}
 
 std::uint32_t ManualTimers::Period(std::uint32_t id) const {
   const auto found = running.find(id);

@@ -106,39 +106,101 @@ void TrackInfo::Clear() {
   trackNumber = kNoTrackNumber;
 }
 
-TrackInfo::~TrackInfo() { Clear(); }
+TrackInfo::~TrackInfo() {
+  Clear();
+}
 
-void TrackInfo::SetSampleRate(std::uint32_t hz) { sampleRate = hz; }
-std::uint32_t TrackInfo::GetSampleRate() { return sampleRate; }
-void TrackInfo::SetBitRate(std::uint32_t bitsPerSecond) { bitRate = bitsPerSecond; }
-std::uint32_t TrackInfo::GetBitRate() { return bitRate; }
-void TrackInfo::SetStereo(std::uint32_t isStereo) { stereo = isStereo; }
-std::uint32_t TrackInfo::GetStereo() { return stereo; }
-void TrackInfo::SetTrackNumber(std::uint32_t number) { trackNumber = number; }
-std::uint32_t TrackInfo::GetTrackNumber() { return trackNumber; }
-void TrackInfo::SetDuration(std::uint32_t milliseconds) { durationMs = milliseconds; }
-std::uint32_t TrackInfo::GetDuration() { return durationMs; }
-void TrackInfo::SetYear(std::uint32_t newYear) { year = newYear; }
-std::uint32_t TrackInfo::GetYear() { return year; }
+void TrackInfo::SetSampleRate(std::uint32_t hz) {
+  sampleRate = hz;
+}
+std::uint32_t TrackInfo::GetSampleRate() {
+  return sampleRate;
+}
+void TrackInfo::SetBitRate(std::uint32_t bitsPerSecond) {
+  bitRate = bitsPerSecond;
+}
+std::uint32_t TrackInfo::GetBitRate() {
+  return bitRate;
+}
+void TrackInfo::SetStereo(std::uint32_t isStereo) {
+  stereo = isStereo;
+}
+std::uint32_t TrackInfo::GetStereo() {
+  return stereo;
+}
+void TrackInfo::SetTrackNumber(std::uint32_t number) {
+  trackNumber = number;
+}
+std::uint32_t TrackInfo::GetTrackNumber() {
+  return trackNumber;
+}
+void TrackInfo::SetDuration(std::uint32_t milliseconds) {
+  durationMs = milliseconds;
+}
+std::uint32_t TrackInfo::GetDuration() {
+  return durationMs;
+}
+void TrackInfo::SetYear(std::uint32_t newYear) {
+  year = newYear;
+}
+std::uint32_t TrackInfo::GetYear() {
+  return year;
+}
 
-int TrackInfo::SetGenreA(const char* text) { return SetNarrow(kGenre, text); }
-int TrackInfo::SetGenre(const char16_t* text) { return SetWide(kGenre, text); }
-int TrackInfo::GetGenre(char16_t* destination) { return Get(kGenre, destination); }
-int TrackInfo::SetDescriptionA(const char* text) { return SetNarrow(kDescription, text); }
-int TrackInfo::SetDescription(const char16_t* text) { return SetWide(kDescription, text); }
-int TrackInfo::GetDescription(char16_t* destination) { return Get(kDescription, destination); }
-int TrackInfo::SetAlbumA(const char* text) { return SetNarrow(kAlbum, text); }
-int TrackInfo::SetAlbum(const char16_t* text) { return SetWide(kAlbum, text); }
-int TrackInfo::GetAlbum(char16_t* destination) { return Get(kAlbum, destination); }
-int TrackInfo::SetArtistA(const char* text) { return SetNarrow(kArtist, text); }
-int TrackInfo::SetArtist(const char16_t* text) { return SetWide(kArtist, text); }
-int TrackInfo::GetArtist(char16_t* destination) { return Get(kArtist, destination); }
-int TrackInfo::SetTitleA(const char* text) { return SetNarrow(kTitle, text); }
-int TrackInfo::SetTitle(const char16_t* text) { return SetWide(kTitle, text); }
-int TrackInfo::GetTitle(char16_t* destination) { return Get(kTitle, destination); }
-int TrackInfo::SetCodecA(const char* text) { return SetNarrow(kCodec, text); }
-int TrackInfo::SetCodec(const char16_t* text) { return SetWide(kCodec, text); }
-int TrackInfo::GetCodec(char16_t* destination) { return Get(kCodec, destination); }
+int TrackInfo::SetGenreA(const char* text) {
+  return SetNarrow(kGenre, text);
+}
+int TrackInfo::SetGenre(const char16_t* text) {
+  return SetWide(kGenre, text);
+}
+int TrackInfo::GetGenre(char16_t* destination) {
+  return Get(kGenre, destination);
+}
+int TrackInfo::SetDescriptionA(const char* text) {
+  return SetNarrow(kDescription, text);
+}
+int TrackInfo::SetDescription(const char16_t* text) {
+  return SetWide(kDescription, text);
+}
+int TrackInfo::GetDescription(char16_t* destination) {
+  return Get(kDescription, destination);
+}
+int TrackInfo::SetAlbumA(const char* text) {
+  return SetNarrow(kAlbum, text);
+}
+int TrackInfo::SetAlbum(const char16_t* text) {
+  return SetWide(kAlbum, text);
+}
+int TrackInfo::GetAlbum(char16_t* destination) {
+  return Get(kAlbum, destination);
+}
+int TrackInfo::SetArtistA(const char* text) {
+  return SetNarrow(kArtist, text);
+}
+int TrackInfo::SetArtist(const char16_t* text) {
+  return SetWide(kArtist, text);
+}
+int TrackInfo::GetArtist(char16_t* destination) {
+  return Get(kArtist, destination);
+}
+int TrackInfo::SetTitleA(const char* text) {
+  return SetNarrow(kTitle, text);
+}
+int TrackInfo::SetTitle(const char16_t* text) {
+  return SetWide(kTitle, text);
+}
+int TrackInfo::GetTitle(char16_t* destination) {
+  return Get(kTitle, destination);
+}
+int TrackInfo::SetCodecA(const char* text) {
+  return SetNarrow(kCodec, text);
+}
+int TrackInfo::SetCodec(const char16_t* text) {
+  return SetWide(kCodec, text);
+}
+int TrackInfo::GetCodec(char16_t* destination) {
+  return Get(kCodec, destination);
+}
 
 int TrackInfo::SetNarrow(TextSlot slot, const char* text) {
   if (text == nullptr) return 0;
@@ -166,7 +228,9 @@ int TrackInfo::Get(TextSlot slot, char16_t* destination) const {
   return 1;
 }
 
-std::string TrackInfo::TextUtf8(TextSlot slot) const { return platform::Utf16ToUtf8(texts[slot]); }
+std::string TrackInfo::TextUtf8(TextSlot slot) const {
+  return platform::Utf16ToUtf8(texts[slot]);
+}
 
 // The lines, in this order, each "<b>label</b> value<br>"; a line whose
 // value is absent, or whose label the language can't give, is left out:
@@ -205,7 +269,8 @@ int TrackInfo::BuildInfoText(char16_t** text) {
     const std::u16string value = Format("%d kbps", static_cast<int>(bitRate / 1000));
     AppendLine(text, kLabelBitRate, &value);
   }
-  const std::u16string stereoText = platform::Utf8ToUtf16(platform::LoadText(stereo != 0 ? kTextYes : kTextNo));
+  const std::u16string stereoText =
+      platform::Utf8ToUtf16(platform::LoadText(stereo != 0 ? kTextYes : kTextNo));
   AppendLine(text, kLabelStereo, &stereoText);
   if (durationMs != 0) {
     const std::u16string value = DurationText(durationMs);

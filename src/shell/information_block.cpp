@@ -8,7 +8,8 @@
 namespace shell {
 
 void InformationBlock::SetTitle(std::string_view text) {
-  const std::u16string wide = platform::Utf8ToUtf16(platform::TruncateToUtf16Units(text, kInformationTitleUnits - 1));
+  const std::u16string wide =
+      platform::Utf8ToUtf16(platform::TruncateToUtf16Units(text, kInformationTitleUnits - 1));
   const std::size_t units = std::min(wide.size(), kInformationTitleUnits - 1);
   std::memset(title, 0, sizeof title);
   std::memcpy(title, wide.data(), units * sizeof(char16_t));

@@ -17,9 +17,12 @@ std::optional<std::uint32_t> LocaleIdFromFileName(std::string_view name) {
   for (const char c : name.substr(dot + 1)) {
     const char upper = (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
     std::uint32_t digit;
-    if (upper >= '0' && upper <= '9') digit = static_cast<std::uint32_t>(upper - '0');
-    else if (upper >= 'A' && upper <= 'F') digit = static_cast<std::uint32_t>(upper - 'A' + 10);
-    else break;
+    if (upper >= '0' && upper <= '9')
+      digit = static_cast<std::uint32_t>(upper - '0');
+    else if (upper >= 'A' && upper <= 'F')
+      digit = static_cast<std::uint32_t>(upper - 'A' + 10);
+    else
+      break;
     id = id * 16 + digit;
   }
   return id;

@@ -19,8 +19,9 @@ constexpr std::size_t kMaxPackBytes = 16u << 20;
 
 std::optional<std::string> BuiltInKeyedText(std::string_view key) {
   const KeyedTextRow* end = kBuiltInKeyedTexts + kBuiltInKeyedTextsCount;
-  const KeyedTextRow* found = std::lower_bound(
-      kBuiltInKeyedTexts, end, key, [](const KeyedTextRow& row, std::string_view wanted) { return row.key < wanted; });
+  const KeyedTextRow* found =
+      std::lower_bound(kBuiltInKeyedTexts, end, key,
+                       [](const KeyedTextRow& row, std::string_view wanted) { return row.key < wanted; });
   if (found == end || found->key != key) return std::nullopt;
   return std::string(found->text);
 }
@@ -32,7 +33,9 @@ std::optional<std::string> FindKeyedText(std::string_view key) {
   return BuiltInKeyedText(key);
 }
 
-std::string KeyedText(std::string_view key) { return FindKeyedText(key).value_or(std::string()); }
+std::string KeyedText(std::string_view key) {
+  return FindKeyedText(key).value_or(std::string());
+}
 
 std::string DialogText(std::uint32_t dialog, std::string_view control) {
   return KeyedText("dlg." + std::to_string(dialog) + "." + std::string(control));
@@ -54,7 +57,9 @@ std::vector<std::string> TranslatableKeys() {
 LanguagePack::LanguagePack(std::map<std::string, std::string, std::less<>> packTexts)
     : texts(std::move(packTexts)) {}
 
-std::optional<std::string> LanguagePack::Find(std::uint32_t id) const { return FindKey(std::to_string(id)); }
+std::optional<std::string> LanguagePack::Find(std::uint32_t id) const {
+  return FindKey(std::to_string(id));
+}
 
 std::optional<std::string> LanguagePack::FindKey(std::string_view key) const {
   const auto found = texts.find(key);
@@ -84,7 +89,9 @@ std::string PackFileName(std::uint32_t localeId) {
 LanguageLayer::LanguageLayer(LanguagePackReader& packReader, platform::Registry& store)
     : reader(packReader), registry(store) {}
 
-LanguageLayer::~LanguageLayer() { Install(nullptr); }
+LanguageLayer::~LanguageLayer() {
+  Install(nullptr);
+}
 
 void LanguageLayer::Install(const LanguagePack* pack) {
   current = pack;
@@ -96,8 +103,8 @@ bool LanguageLayer::LoadLanguage(std::uint32_t localeId) {
   Install(nullptr);
   if (IsBuiltInLanguage(localeId)) return true;
   const std::string folder = platform::ReadInstallDirectory(registry);
-  const std::string path = platform::JoinPath(folder.empty() ? platform::HomeDirectory() : folder,
-                                              PackFileName(localeId));
+  const std::string path =
+      platform::JoinPath(folder.empty() ? platform::HomeDirectory() : folder, PackFileName(localeId));
   auto texts = reader.Read(path, TranslatableKeys());
   if (!texts) return false;
   loaded.push_back(std::make_unique<LanguagePack>(std::move(*texts)));

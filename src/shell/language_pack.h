@@ -89,7 +89,9 @@ class TranslationFileReader : public LanguagePackReader {
 std::string PackFileName(std::uint32_t localeId);
 
 // True for the ids of the built-in language: 0 and 1033.
-inline bool IsBuiltInLanguage(std::uint32_t localeId) { return localeId == 0 || localeId == 1033; }
+inline bool IsBuiltInLanguage(std::uint32_t localeId) {
+  return localeId == 0 || localeId == 1033;
+}
 
 // Loads, installs and unloads packs.
 class LanguageLayer {

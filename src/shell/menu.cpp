@@ -57,7 +57,9 @@ void AppendCommand(MenuItem& popup, std::uint32_t id, std::string text, bool che
   popup.items.push_back(std::move(item));
 }
 
-void AppendSeparator(MenuItem& popup) { popup.items.push_back(MenuItem::Separator()); }
+void AppendSeparator(MenuItem& popup) {
+  popup.items.push_back(MenuItem::Separator());
+}
 
 MenuItem& AppendPopup(MenuItem& popup, std::string text) {
   MenuItem item;

@@ -20,8 +20,8 @@ struct MenuItem {
   enum class Kind { Command, Popup, Separator };
 
   Kind kind = Kind::Command;
-  std::uint32_t id = 0;   // command id, popup id, or 0
-  std::string text;       // as shown, in the language of the menu's creation
+  std::uint32_t id = 0;  // command id, popup id, or 0
+  std::string text;      // as shown, in the language of the menu's creation
   bool checked = false;
   bool enabled = true;
   std::vector<MenuItem> items;  // a popup's entries

@@ -15,7 +15,9 @@ std::string Key(std::uint32_t menuId, const std::string& item) {
   return "menu." + std::to_string(menuId) + "." + item;
 }
 
-Item Command(std::uint32_t menuId, std::uint32_t id) { return Item::Command(id, Key(menuId, std::to_string(id))); }
+Item Command(std::uint32_t menuId, std::uint32_t id) {
+  return Item::Command(id, Key(menuId, std::to_string(id)));
+}
 
 Item SoftKey(std::uint32_t id, std::uint32_t textId) {
   Item item = Item::Command(id, "");
@@ -27,23 +29,26 @@ Item SoftKey(std::uint32_t id, std::uint32_t textId) {
 // Order 1, Bookmark 5, Options 6, and in Options FF/Rewind Step 0 and Language 6.
 MenuBar MainBar() {
   constexpr std::uint32_t m = kMenuMainBar;
-  Item order = Item::Popup(0, Key(m, "p1.1"),
-                           {Command(m, kCommandEnableShuffle), Command(m, kCommandEnableRepeat), Item::Separator(),
-                            Command(m, kCommandRepeatAll), Command(m, kCommandRepeatOne),
-                            Command(m, kCommandRepeatSelected)});
-  Item timers = Item::Popup(0, Key(m, "p1.3"), {Command(m, kCommandSetAlarm), Command(m, kCommandSleepTimer)});
+  Item order = Item::Popup(
+      0, Key(m, "p1.1"),
+      {Command(m, kCommandEnableShuffle), Command(m, kCommandEnableRepeat), Item::Separator(),
+       Command(m, kCommandRepeatAll), Command(m, kCommandRepeatOne), Command(m, kCommandRepeatSelected)});
+  Item timers =
+      Item::Popup(0, Key(m, "p1.3"), {Command(m, kCommandSetAlarm), Command(m, kCommandSleepTimer)});
   Item bookmark = Item::Popup(0, Key(m, "p1.5"),
                               {Command(m, kCommandAddBookmark), Command(m, kCommandOrganizeBookmarks)});
   Item skipStep = Item::Popup(0, Key(m, "p1.6.0"), {Command(m, kCommandSkipTimeFirst)});
   Item language = Item::Popup(0, Key(m, "p1.6.6"), {Command(m, kCommandLanguageFirst)});
-  Item options = Item::Popup(0, Key(m, "p1.6"),
-                             {std::move(skipStep), Command(m, kCommandGeneralOptions),
-                              Command(m, kCommandPlaylistOptions), Command(m, kCommandEffects),
-                              Command(m, kCommandKeyMapping), Command(m, kCommandFileTypes), std::move(language)});
-  Item menu = Item::Popup(kPopupMainMenu, "",
-                          {Command(m, kCommandPlayStop), std::move(order), Item::Separator(), std::move(timers),
-                           Command(m, kCommandEqualizer), std::move(bookmark), std::move(options), Item::Separator(),
-                           Command(m, kCommandAbout), Item::Separator(), Command(m, kCommandExitMenu)});
+  Item options =
+      Item::Popup(0, Key(m, "p1.6"),
+                  {std::move(skipStep), Command(m, kCommandGeneralOptions),
+                   Command(m, kCommandPlaylistOptions), Command(m, kCommandEffects),
+                   Command(m, kCommandKeyMapping), Command(m, kCommandFileTypes), std::move(language)});
+  Item menu =
+      Item::Popup(kPopupMainMenu, "",
+                  {Command(m, kCommandPlayStop), std::move(order), Item::Separator(), std::move(timers),
+                   Command(m, kCommandEqualizer), std::move(bookmark), std::move(options), Item::Separator(),
+                   Command(m, kCommandAbout), Item::Separator(), Command(m, kCommandExitMenu)});
   menu.textId = 40005;
   return MenuBar(SoftKey(kCommandPlaylist, 40002), std::move(menu));
 }
@@ -59,8 +64,10 @@ MenuBar DoneAndMenu(std::uint32_t menuId, std::initializer_list<std::uint32_t> p
 }
 
 void Resolve(MenuItem& item) {
-  if (item.textId != 0) item.text = platform::LoadText(item.textId);
-  else if (!item.textKey.empty()) item.text = KeyedText(item.textKey);
+  if (item.textId != 0)
+    item.text = platform::LoadText(item.textId);
+  else if (!item.textKey.empty())
+    item.text = KeyedText(item.textKey);
   for (MenuItem& child : item.items) Resolve(child);
 }
 
@@ -68,13 +75,19 @@ void Resolve(MenuItem& item) {
 
 std::optional<MenuBar> MenuTemplate(std::uint32_t menuId) {
   switch (menuId) {
-    case kMenuMainBar: return MainBar();
-    case kMenuDone: return TwoKeys(menuId, kCommandOk, 0);
+    case kMenuMainBar:
+      return MainBar();
+    case kMenuDone:
+      return TwoKeys(menuId, kCommandOk, 0);
     case kMenuDoneCancel:
-    case kMenuSaveCancel: return TwoKeys(menuId, kCommandOk, kCommandCancel);
-    case 151: return DoneAndMenu(menuId, {40107, 40108, 40109, 40110, 40051});
-    case 167: return DoneAndMenu(menuId, {1033, 1034, kCommandCancel});
-    default: return std::nullopt;
+    case kMenuSaveCancel:
+      return TwoKeys(menuId, kCommandOk, kCommandCancel);
+    case 151:
+      return DoneAndMenu(menuId, {40107, 40108, 40109, 40110, 40051});
+    case 167:
+      return DoneAndMenu(menuId, {1033, 1034, kCommandCancel});
+    default:
+      return std::nullopt;
   }
 }
 

@@ -75,7 +75,9 @@ PlayerApp::~PlayerApp() {
   window.reset();
 }
 
-bool PlayerApp::IsPlaying() { return DecoderState() == playback::kStatePlaying; }
+bool PlayerApp::IsPlaying() {
+  return DecoderState() == playback::kStatePlaying;
+}
 
 // With a path (not the keyword TSAlarm):
 //  1. without enqueueOnOpen the list is cleared; with it, a start first loads
@@ -90,8 +92,10 @@ bool PlayerApp::IsPlaying() { return DecoderState() == playback::kStatePlaying; 
 void PlayerApp::OpenMedia(const std::string& path, bool atStartup) {
   const bool alarm = IsAlarmKeyword(path);
   if (!path.empty() && !alarm) {
-    if (!settings.enqueueOnOpen) playlist.ClearAll();
-    else if (atStartup) LoadDefaultList();
+    if (!settings.enqueueOnOpen)
+      playlist.ClearAll();
+    else if (atStartup)
+      LoadDefaultList();
     playlist.AddAndRefresh(path);  // a playlist file is read in its place
     if (!(settings.enqueueOnOpen && IsPlaying())) Play(false);
     return;
@@ -186,7 +190,9 @@ void PlayerApp::StartOfPlaybackDecision() {
   }
 }
 
-std::intptr_t PlayerApp::HandleMessage(const platform::Message& message) { return RouteMessage(*this, message); }
+std::intptr_t PlayerApp::HandleMessage(const platform::Message& message) {
+  return RouteMessage(*this, message);
+}
 
 // The persist sequence of a close:
 //  1. close the output (the root's own device; its engines close when it goes);
@@ -212,17 +218,26 @@ void PlayerApp::Persist() {
   SaveSettings();
 }
 
-void PlayerApp::QuitMessageLoop() { services.windows.PostQuit(0); }
-
-void PlayerApp::PostClose() { Post(kMessageClose); }
-
-SettingsTargets PlayerApp::Targets() {
-  return SettingsTargets{settings, playlist.Settings(), equalizerValues, playback::Playback(), skin::Actions()};
+void PlayerApp::QuitMessageLoop() {
+  services.windows.PostQuit(0);
 }
 
-void PlayerApp::LoadSettings() { shell::LoadSettings(services.registry, Targets()); }
+void PlayerApp::PostClose() {
+  Post(kMessageClose);
+}
 
-void PlayerApp::SaveSettings() { shell::SaveSettings(services.registry, Targets()); }
+SettingsTargets PlayerApp::Targets() {
+  return SettingsTargets{settings, playlist.Settings(), equalizerValues, playback::Playback(),
+                         skin::Actions()};
+}
+
+void PlayerApp::LoadSettings() {
+  shell::LoadSettings(services.registry, Targets());
+}
+
+void PlayerApp::SaveSettings() {
+  shell::SaveSettings(services.registry, Targets());
+}
 
 // The playlist formats, and each decoder that the program has. A missing
 // decoder only narrows what plays: the registry then finds nothing for its
@@ -258,7 +273,9 @@ std::string PlayerApp::DefaultListPath() {
   return playlist::PlaylistView::DefaultListPath(platform::ReadInstallDirectory(services.registry));
 }
 
-void PlayerApp::LoadDefaultList() { playlist.LoadDefaultList(DefaultListPath()); }
+void PlayerApp::LoadDefaultList() {
+  playlist.LoadDefaultList(DefaultListPath());
+}
 
 bool PlayerApp::CurrentTitle(std::string& title) {
   std::optional<std::string> current = playlist.CurrentTitle();
@@ -271,7 +288,9 @@ void PlayerApp::Post(std::uint32_t message, std::uintptr_t wParam, std::intptr_t
   if (window) window->Messages().Post(message, wParam, lParam);
 }
 
-Dialogs* PlayerApp::DialogLauncher() { return window ? &window->DialogLauncher() : nullptr; }
+Dialogs* PlayerApp::DialogLauncher() {
+  return window ? &window->DialogLauncher() : nullptr;
+}
 
 platform::DeviceVolume& PlayerApp::Volume() {
   return services.deviceVolume != nullptr ? *services.deviceVolume : platform::ProcessDeviceVolume();
@@ -281,6 +300,8 @@ playback::FormatRegistry& PlayerApp::Formats() {
   return services.formats != nullptr ? *services.formats : playback::Formats();
 }
 
-void PlayerApp::SetBookmarkStore(std::unique_ptr<BookmarkStore> store) { bookmarks = std::move(store); }
+void PlayerApp::SetBookmarkStore(std::unique_ptr<BookmarkStore> store) {
+  bookmarks = std::move(store);
+}
 
 }  // namespace shell

@@ -44,7 +44,7 @@
 namespace platform {
 class DeviceVolume;
 class Registry;
-}
+}  // namespace platform
 
 namespace playback {
 class FormatRegistry;
@@ -248,7 +248,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   effects::EqualizerValues equalizerValues;
 
   playback::MediaDecoder idleDecoder;
-  playback::AudioOutput output;  // the root: it opens no device itself
+  playback::AudioOutput output;                           // the root: it opens no device itself
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;

@@ -29,7 +29,8 @@ std::string SeekTimeText(std::int64_t milliseconds) {
     std::snprintf(text, sizeof text, "%d:%02d:%02d", static_cast<int>(seconds / 3600),
                   static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60));
   } else {
-    std::snprintf(text, sizeof text, "%02d:%02d", static_cast<int>(seconds / 60), static_cast<int>(seconds % 60));
+    std::snprintf(text, sizeof text, "%02d:%02d", static_cast<int>(seconds / 60),
+                  static_cast<int>(seconds % 60));
   }
   return text;
 }
@@ -69,14 +70,18 @@ void PlayerApp::SeekTo(std::int32_t milliseconds) {
 // resumes; the control then shows the opposite of having played.
 void PlayerApp::PlayPause() {
   const std::int32_t state = DecoderState();
-  if (state == playback::kStateStopped) Play(false);
-  else TogglePause();
+  if (state == playback::kStateStopped)
+    Play(false);
+  else
+    TogglePause();
   if (skin != nullptr) skin->SetPaused(state != playback::kStatePlaying);
 }
 
 void PlayerApp::PlayStop() {
-  if (DecoderState() != playback::kStateStopped) Stop();
-  else Play(true);
+  if (DecoderState() != playback::kStateStopped)
+    Stop();
+  else
+    Play(true);
 }
 
 // A step forward may go past the end by up to one step; that is allowed.
@@ -108,8 +113,10 @@ void PlayerApp::DecoderText(const std::string* text, std::intptr_t mode) {
   switch (mode) {
     case kTextTitle: {
       std::string title;
-      if (text != nullptr) title = *text;
-      else if (!currentDecoder->GetDisplayTitle(title)) return;
+      if (text != nullptr)
+        title = *text;
+      else if (!currentDecoder->GetDisplayTitle(title))
+        return;
       skin->SetTitle(title);
       return;
     }
@@ -117,8 +124,11 @@ void PlayerApp::DecoderText(const std::string* text, std::intptr_t mode) {
       if (window) window->Timers().Kill(kTimerStatus);
       skin->SetMessage(text != nullptr ? *text : std::string());
       return;
-    case kTextStatusForASecond: ShowStatus(text != nullptr ? *text : std::string(), 1000); return;
-    default: return;
+    case kTextStatusForASecond:
+      ShowStatus(text != nullptr ? *text : std::string(), 1000);
+      return;
+    default:
+      return;
   }
 }
 

@@ -21,11 +21,15 @@ constexpr std::uint32_t kTextVolume = 6336;
 constexpr std::int64_t kVolumeStep = 4096;
 constexpr std::uint32_t kVolumeStatusMs = 1500;
 
-bool UseDeviceVolume() { return playback::PlaybackSettings::Read(playback::Playback().useDeviceVolume); }
+bool UseDeviceVolume() {
+  return playback::PlaybackSettings::Read(playback::Playback().useDeviceVolume);
+}
 
 }  // namespace
 
-void PlayerApp::CloseOutput() { output.CloseDevice(); }
+void PlayerApp::CloseOutput() {
+  output.CloseDevice();
+}
 
 // The VOLUME control's value is kept for a face that is made later.
 void PlayerApp::ShowVolumeOnFace(std::int32_t slider) {
@@ -42,8 +46,10 @@ std::uint32_t PlayerApp::ReadVolume() {
 void PlayerApp::ApplyVolume(std::uint32_t deviceVolume) {
   currentVolume = deviceVolume;
   const std::uint32_t channel = deviceVolume & 0xFFFF;
-  if (UseDeviceVolume()) Volume().Set(channel | channel << 16);
-  else if (currentDecoder != nullptr) currentDecoder->SetVolume(deviceVolume, deviceVolume);
+  if (UseDeviceVolume())
+    Volume().Set(channel | channel << 16);
+  else if (currentDecoder != nullptr)
+    currentDecoder->SetVolume(deviceVolume, deviceVolume);
 }
 
 // A touch on the slider ends a fade-in where it is.

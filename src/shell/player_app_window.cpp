@@ -29,7 +29,9 @@ bool& ModalDialogOpen() {
 }
 
 // The key filter, when there is one, hears of the activation too.
-void PlayerApp::Activated(bool active) { isActive = active; }
+void PlayerApp::Activated(bool active) {
+  isActive = active;
+}
 
 void PlayerApp::DropQueued(std::uint32_t message) {
   if (window) window->Messages().RemovePending(message);
@@ -42,8 +44,10 @@ void PlayerApp::ActivateWindowBelow() {
 // In front it steps back; behind it comes forward.
 void PlayerApp::ShowOrHide() {
   if (!window) return;
-  if (isActive) window->ActivateWindowBelow();
-  else window->BringToForeground();
+  if (isActive)
+    window->ActivateWindowBelow();
+  else
+    window->BringToForeground();
 }
 
 // The path comes as the hand-over buffer had it: at most 260 UTF-16 units.
@@ -65,10 +69,14 @@ void PlayerApp::FlipSpareFlagsAB() {
   settings.spareFlagB = flipped;
 }
 
-void PlayerApp::FlipSpareFlagC() { settings.spareFlagC = !settings.spareFlagC; }
+void PlayerApp::FlipSpareFlagC() {
+  settings.spareFlagC = !settings.spareFlagC;
+}
 
 // The lock is only kept: keys still work while it is on, as they always did.
-void PlayerApp::ToggleButtonLock() { buttonLock = !buttonLock; }
+void PlayerApp::ToggleButtonLock() {
+  buttonLock = !buttonLock;
+}
 
 // The entry's language is loaded and stored at once; menus and face keep the
 // language they were made in until the next start, while texts and dialogs
@@ -94,7 +102,8 @@ void PlayerApp::SelectSkipTime(std::uint32_t index) {
 
 void PlayerApp::CheckSkipTimeEntries() {
   for (std::size_t i = 0; i < kSkipSteps.size(); ++i)
-    menuBar.Check(kCommandSkipTimeFirst + static_cast<std::uint32_t>(i), kSkipSteps[i] == settings.skipSeconds);
+    menuBar.Check(kCommandSkipTimeFirst + static_cast<std::uint32_t>(i),
+                  kSkipSteps[i] == settings.skipSeconds);
 }
 
 // The FF/Rewind Step entries replace the placeholder 2200. The tick shows the
@@ -125,12 +134,17 @@ void PlayerApp::BuildLanguageEntries() {
 }
 
 // Message 2594 (LOADFILES) and 2648 (ADDFILES): the list's fills.
-void PlayerApp::LoadFiles() { playlist.NewPlaylist(); }
-void PlayerApp::AddFiles() { playlist.AddFiles(); }
+void PlayerApp::LoadFiles() {
+  playlist.NewPlaylist();
+}
+void PlayerApp::AddFiles() {
+  playlist.AddFiles();
+}
 
 std::intptr_t PlayerApp::RefreshInformationBlock(std::uintptr_t /*wParam*/, std::intptr_t /*lParam*/) {
   information.state = DecoderState();
-  information.position = static_cast<std::int32_t>(currentDecoder != nullptr ? currentDecoder->GetPosition() : 0);
+  information.position =
+      static_cast<std::int32_t>(currentDecoder != nullptr ? currentDecoder->GetPosition() : 0);
   information.length = LengthMs();
   information.repeat = settings.repeatEnabled ? 1 : 0;
   information.shuffle = settings.shuffleEnabled ? 1 : 0;
@@ -185,9 +199,13 @@ void PlayerApp::SetRepeatMode(std::uint32_t command) {
   if (settings.repeatEnabled) playlist.SetRepeatMode(static_cast<int>(settings.repeatMode));
 }
 
-void PlayerApp::ToggleShuffle() { SetShuffle(!settings.shuffleEnabled); }
+void PlayerApp::ToggleShuffle() {
+  SetShuffle(!settings.shuffleEnabled);
+}
 
-void PlayerApp::ToggleRepeat() { SetRepeat(!settings.repeatEnabled); }
+void PlayerApp::ToggleRepeat() {
+  SetRepeat(!settings.repeatEnabled);
+}
 
 void PlayerApp::ShowAbout() {
   if (Dialogs* dialogs = DialogLauncher()) dialogs->About();

@@ -99,10 +99,10 @@ class PlayerOperations {
   virtual void OnCallEvent(bool began) = 0;
 
   // --- Timers ------------------------------------------------------------------------------
-  virtual void StatusTimerFired() = 0;      // 33
-  virtual void FadeInStep() = 0;            // 138
-  virtual void SleepTimerTick() = 0;        // 139
-  virtual void KeepAwakeTick() = 0;         // 21
+  virtual void StatusTimerFired() = 0;        // 33
+  virtual void FadeInStep() = 0;              // 138
+  virtual void SleepTimerTick() = 0;          // 139
+  virtual void KeepAwakeTick() = 0;           // 21
   virtual void DecoderNudgeTimerFired() = 0;  // 137
 
   // --- Dialogs -----------------------------------------------------------------------------

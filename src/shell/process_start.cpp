@@ -48,9 +48,9 @@ int RunProcess(const std::string& commandLine, const ProcessServices& process) {
     if (IsStaleAlarm(*settingsKey, now)) return 0;
   }
 
-  const ShellServices services{process.registry, *settingsKey, process.windows, process.instances,
-                               process.packReader, process.nativeLanguageNames, process.formats,
-                               process.deviceVolume};
+  const ShellServices services{process.registry,  *settingsKey,        process.windows,
+                               process.instances, process.packReader,  process.nativeLanguageNames,
+                               process.formats,   process.deviceVolume};
   std::unique_ptr<PlayerApp> app =
       process.makeApp ? process.makeApp(services) : std::make_unique<PlayerApp>(services);
   if (!app) return 0;

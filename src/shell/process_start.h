@@ -26,7 +26,7 @@
 namespace platform {
 class DeviceVolume;
 class Registry;
-}
+}  // namespace platform
 
 namespace playback {
 class FormatRegistry;

@@ -78,10 +78,16 @@ bool ReadMessage(Cursor& cursor, Message& message) {
         if (!message.hasTranslation) message.translation = field;  // plural forms follow the first
         message.hasTranslation = true;
         break;
-      case kSourceText: message.source = field; break;
-      case kContext: message.context = field; break;
-      case kComment: break;
-      default: return false;
+      case kSourceText:
+        message.source = field;
+        break;
+      case kContext:
+        message.context = field;
+        break;
+      case kComment:
+        break;
+      default:
+        return false;
     }
   }
 }
@@ -94,16 +100,17 @@ void ReadMessages(std::string_view block, TranslationTexts& texts) {
     if (!message.hasTranslation || message.translation.empty() || message.source.empty() ||
         !message.context.empty())
       continue;
-    texts.insert_or_assign(std::string(message.source), platform::Utf16BytesToUtf8(message.translation, true));
+    texts.insert_or_assign(std::string(message.source),
+                           platform::Utf16BytesToUtf8(message.translation, true));
   }
 }
 
 }  // namespace
 
 std::optional<TranslationTexts> ReadTranslationFile(std::string_view bytes) {
-  if (bytes.size() < sizeof kMagic || bytes.substr(0, sizeof kMagic) != std::string_view(
-                                                                          reinterpret_cast<const char*>(kMagic),
-                                                                          sizeof kMagic))
+  if (bytes.size() < sizeof kMagic ||
+      bytes.substr(0, sizeof kMagic) !=
+          std::string_view(reinterpret_cast<const char*>(kMagic), sizeof kMagic))
     return std::nullopt;
   Cursor cursor(bytes.substr(sizeof kMagic));
   TranslationTexts texts;

@@ -9,7 +9,7 @@
 namespace shell {
 
 inline constexpr std::uint32_t kDeviceVolumeMaximum = 65535;  // wave device, per channel
-inline constexpr std::int32_t kSliderMaximum = 1000;           // the skin's VOLUME control
+inline constexpr std::int32_t kSliderMaximum = 1000;          // the skin's VOLUME control
 
 inline std::int32_t DeviceToSlider(std::uint32_t device) {
   return static_cast<std::int32_t>(static_cast<std::uint64_t>(device) * 1000 / kDeviceVolumeMaximum);

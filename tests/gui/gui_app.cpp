@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QTimer>
-
 #include <filesystem>
 
 #include "platform/paths.h"
@@ -18,7 +17,8 @@ void GuiAppTest::SetUp() {
   settingsKey = std::make_unique<shell::RegistryKey>(*registry);
   ASSERT_TRUE(settingsKey->Bind(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath));
   windows = std::make_unique<ui::QtWindowSystem>();
-  link = std::make_unique<ui::LocalInstanceLink>(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
+  link =
+      std::make_unique<ui::LocalInstanceLink>(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
 }
 
 void GuiAppTest::TearDown() {
@@ -33,9 +33,8 @@ void GuiAppTest::TearDown() {
 }
 
 SpyApp& GuiAppTest::Start() {
-  app = std::make_unique<SpyApp>(
-      shell::ShellServices{*registry, *settingsKey, *windows, *link, packReader, ui::NativeLanguageName, nullptr,
-                           deviceVolume.get()});
+  app = std::make_unique<SpyApp>(shell::ShellServices{*registry, *settingsKey, *windows, *link, packReader,
+                                                      ui::NativeLanguageName, nullptr, deviceVolume.get()});
   EXPECT_FALSE(app->HandOffToRunningInstance("")) << "no other instance runs";
   EXPECT_TRUE(app->Init());
   const shell::Rect area = windows->WorkArea();

@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
-
 #include <cstdlib>
 
 namespace testing_support {

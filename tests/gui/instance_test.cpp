@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <QProcess>
-
 #include <filesystem>
 
 #include "gui_app.h"
@@ -34,7 +33,8 @@ class PlayerProcessTest : public testing_support::GuiAppTest {
     player.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     player.start(TS_PLAYER, arguments);
     if (!player.waitForStarted(kProcessBoundMs)) return false;
-    const bool ended = ProcessEventsUntil([&] { return player.state() == QProcess::NotRunning; }, kProcessBoundMs);
+    const bool ended =
+        ProcessEventsUntil([&] { return player.state() == QProcess::NotRunning; }, kProcessBoundMs);
     if (!ended) {
       player.kill();
       player.waitForFinished();

@@ -1,17 +1,17 @@
+#include "shell/language_pack.h"
+
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
 #include <QDialog>
 #include <QMenu>
 #include <QPushButton>
-
 #include <fstream>
 #include <regex>
 #include <set>
 
 #include "gui_app.h"
 #include "platform/texts.h"
-#include "shell/language_pack.h"
 #include "shell/menu.h"
 #include "shell/ui/dialog_frame.h"
 #include "shell/ui/menu_renderer.h"
@@ -23,7 +23,9 @@ namespace {
 const std::string kGermanPack = std::string(TS_BINARY_DIR) + "/share/tavrinsonic/mui.0407.qm";
 const std::string kGermanSource = std::string(TS_SOURCE_DIR) + "/res/lang/mui.0407.ts";
 
-std::string Contents(const std::string& path) { return testing_support::ReadFile(path); }
+std::string Contents(const std::string& path) {
+  return testing_support::ReadFile(path);
+}
 
 TEST(ShippedPackTest, TheGermanPackReadsWithItsTextsAndLacksTheRest) {
   shell::TranslationFileReader reader;

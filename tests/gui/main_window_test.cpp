@@ -8,7 +8,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTimer>
-
 #include <thread>
 
 #include "gui_app.h"
@@ -45,7 +44,8 @@ TEST_F(MainWindowTest, TheMenuHasItsEntriesAtThePositionsTheCodeUses) {
   EXPECT_EQ(entries[0]->objectName(), "40041");
   EXPECT_EQ(entries[10]->objectName(), "40009");
   ASSERT_NE(entries[1]->menu(), nullptr);
-  EXPECT_EQ(Texts(*entries[1]->menu()), "Enable shuffle|Enable repeat|-|Repeat all|Repeat one|Repeat selected");
+  EXPECT_EQ(Texts(*entries[1]->menu()),
+            "Enable shuffle|Enable repeat|-|Repeat all|Repeat one|Repeat selected");
   EXPECT_TRUE(entries[1]->menu()->actions()[3]->isChecked()) << "repeat mode 1";
   ASSERT_NE(entries[3]->menu(), nullptr);
   EXPECT_EQ(Texts(*entries[3]->menu()), "Set Alarm|Sleep Timer");
@@ -54,7 +54,8 @@ TEST_F(MainWindowTest, TheMenuHasItsEntriesAtThePositionsTheCodeUses) {
 
   QMenu* options = entries[6]->menu();
   ASSERT_NE(options, nullptr);
-  EXPECT_EQ(Texts(*options), "FF/Rewind Step|General|Playlist|Effects|Key Mapping|File Associations|Language");
+  EXPECT_EQ(Texts(*options),
+            "FF/Rewind Step|General|Playlist|Effects|Key Mapping|File Associations|Language");
   QMenu* steps = options->actions()[0]->menu();
   ASSERT_NE(steps, nullptr);
   EXPECT_EQ(Texts(*steps), "5 seconds|10 seconds|15 seconds|30 seconds|60 seconds|120 seconds|180 seconds");
@@ -106,7 +107,8 @@ TEST_F(MainWindowTest, KeysReachTheProcedureWithThePlatformsCodes) {
   QKeyEvent release(QEvent::KeyRelease, Qt::Key_Right, Qt::NoModifier);
   QKeyEvent shift(QEvent::KeyPress, Qt::Key_Shift, Qt::ShiftModifier);
   QKeyEvent star(QEvent::KeyPress, Qt::Key_Asterisk, Qt::NoModifier);
-  for (QKeyEvent* event : {&right, &repeat, &release, &shift, &star}) QApplication::sendEvent(&Window(), event);
+  for (QKeyEvent* event : {&right, &repeat, &release, &shift, &star})
+    QApplication::sendEvent(&Window(), event);
   EXPECT_EQ(app->keys, (std::vector<std::string>{"down 39", "up 39", "down 119"}));
 }
 

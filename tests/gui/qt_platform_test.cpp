@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <Qt>
-
 #include <atomic>
 #include <thread>
 #include <vector>

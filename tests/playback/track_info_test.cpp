@@ -55,10 +55,11 @@ TEST(TrackInfoTest, EveryLineStandsInItsOrderWithItsForm) {
   info.SetStereo(1);
   info.SetDuration(3723999);
   EXPECT_EQ(InfoText(info), Line("Title:", "Song") + Line("Artist:", "Band") + Line("Album:", "Record") +
-                                Line("Description:", "Live") + Line("Genre:", "Rock") + Line("Year:", "1999") +
-                                Line("Track Number:", "7") + kFileLine + Line("Codec:", "PCM") +
-                                Line("Sample Rate:", "44 kHz") + Line("Bitrate:", "1411 kbps") +
-                                Line("Stereo:", "Yes") + Line("Duration:", "1:02:03"));
+                                Line("Description:", "Live") + Line("Genre:", "Rock") +
+                                Line("Year:", "1999") + Line("Track Number:", "7") + kFileLine +
+                                Line("Codec:", "PCM") + Line("Sample Rate:", "44 kHz") +
+                                Line("Bitrate:", "1411 kbps") + Line("Stereo:", "Yes") +
+                                Line("Duration:", "1:02:03"));
 }
 
 TEST(TrackInfoTest, YearsShowOnlyStrictlyBetween1600And3000) {
@@ -81,9 +82,9 @@ TEST(TrackInfoTest, TrackNumberZeroIsShownAndTheUnknownMarkIsNot) {
 }
 
 TEST(TrackInfoTest, DurationsTakeTheHourFormOnlyFromOneHourOn) {
-  const std::map<std::uint32_t, std::string> forms = {
-      {999, "00:00"}, {59999, "00:59"}, {61000, "01:01"}, {3599999, "59:59"}, {3600000, "1:00:00"},
-      {36000000 + 61000, "10:01:01"}};
+  const std::map<std::uint32_t, std::string> forms = {{999, "00:00"},       {59999, "00:59"},
+                                                      {61000, "01:01"},     {3599999, "59:59"},
+                                                      {3600000, "1:00:00"}, {36000000 + 61000, "10:01:01"}};
   for (const auto& [milliseconds, form] : forms) {
     TrackInfo info;
     info.SetDuration(milliseconds);

@@ -61,7 +61,8 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
   }
 
   shell::ShellServices Services() {
-    return shell::ShellServices{*registry, *settingsKey, windows, link, packs, names, &formats, deviceVolume.get()};
+    return shell::ShellServices{*registry, *settingsKey, windows,  link,
+                                packs,     names,        &formats, deviceVolume.get()};
   }
   // Init and the main window, as the process start makes them.
   SpyApp& Start() {
@@ -104,7 +105,12 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
 class ProcessStartTest : public PlayerAppTest {
  protected:
   int RunProcess(const std::string& commandLine) {
-    const shell::ProcessServices services{*registry, windows, link, packs, names, &formats,
+    const shell::ProcessServices services{*registry,
+                                          windows,
+                                          link,
+                                          packs,
+                                          names,
+                                          &formats,
                                           [] { return kNow; },
                                           [this](const shell::ShellServices& shellServices) {
                                             auto made = std::make_unique<SpyApp>(shellServices);
@@ -251,9 +257,10 @@ TEST_F(PlayerAppTest, TheMenuHasItsSubmenusWhereTheCodeFindsThem) {
   const shell::MenuItem& menu = MainMenu();
   using Kind = shell::MenuItem::Kind;
   const std::vector<std::pair<Kind, std::string>> expected = {
-      {Kind::Command, "Play/Stop"}, {Kind::Popup, "Order"},   {Kind::Separator, ""}, {Kind::Popup, "Timers"},
-      {Kind::Command, "Equalizer"}, {Kind::Popup, "Bookmark"}, {Kind::Popup, "Options"}, {Kind::Separator, ""},
-      {Kind::Command, "About"},     {Kind::Separator, ""},     {Kind::Command, "Exit"}};
+      {Kind::Command, "Play/Stop"}, {Kind::Popup, "Order"},       {Kind::Separator, ""},
+      {Kind::Popup, "Timers"},      {Kind::Command, "Equalizer"}, {Kind::Popup, "Bookmark"},
+      {Kind::Popup, "Options"},     {Kind::Separator, ""},        {Kind::Command, "About"},
+      {Kind::Separator, ""},        {Kind::Command, "Exit"}};
   ASSERT_EQ(menu.items.size(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
     EXPECT_EQ(menu.items[i].kind, expected[i].first) << i;
@@ -288,8 +295,8 @@ TEST_F(PlayerAppTest, TheSkipStepMenuTicksTheStoredValueOr60BeforeTheSettingsGiv
   ASSERT_EQ(steps->items.size(), 7u) << "the placeholder is gone";
   std::vector<std::string> texts;
   for (const auto& item : steps->items) texts.push_back(item.text);
-  EXPECT_EQ(texts, (std::vector<std::string>{"5 seconds", "10 seconds", "15 seconds", "30 seconds", "60 seconds",
-                                             "120 seconds", "180 seconds"}));
+  EXPECT_EQ(texts, (std::vector<std::string>{"5 seconds", "10 seconds", "15 seconds", "30 seconds",
+                                             "60 seconds", "120 seconds", "180 seconds"}));
   EXPECT_EQ(steps->items[0].id, 2200u);
   EXPECT_EQ(steps->items[6].id, 2206u);
   EXPECT_TRUE(app->Menu().IsChecked(2204)) << "60 is ticked on a first run";
@@ -482,7 +489,8 @@ TEST_F(PlayerAppTest, TheStatusLineClearsItselfWhenItsTimerFires) {
   EXPECT_EQ(Window().skin.message, "");
   EXPECT_FALSE(Window().timers.IsRunning(shell::kTimerStatus));
 
-  platform::Message lasting{shell::kMessageDecoderText, 0, 1, std::make_unique<std::string>("Prebuffering:40%")};
+  platform::Message lasting{shell::kMessageDecoderText, 0, 1,
+                            std::make_unique<std::string>("Prebuffering:40%")};
   app->ShowStatus("old", 1500);
   app->HandleMessage(lasting);
   EXPECT_EQ(Window().skin.message, "Prebuffering:40%");
@@ -509,7 +517,8 @@ TEST_F(PlayerAppTest, AHandedOverPathOpensWithoutTheStartFlagAndIsBoundedAsItsBu
   Start();
   platform::Message handOver{shell::kMessageHandOver, 0, 0, std::make_unique<std::string>("/music/a.mp3")};
   app->HandleMessage(handOver);
-  platform::Message longPath{shell::kMessageHandOver, 0, 0, std::make_unique<std::string>(std::string(300, 'p'))};
+  platform::Message longPath{shell::kMessageHandOver, 0, 0,
+                             std::make_unique<std::string>(std::string(300, 'p'))};
   app->HandleMessage(longPath);
   Send(shell::kMessageHandOver);
   EXPECT_EQ(app->opened, (std::vector<std::string>{"/music/a.mp3", std::string(260, 'p'), ""}));
@@ -798,7 +807,8 @@ TEST_F(PlayerAppTest, MuteKeepsOneChannelAndStepsWhileMutedChangeOnlyWhatComesBa
   EXPECT_EQ(Window().skin.volume, 0);
   Send(shell::kMessageMute);
   EXPECT_EQ(app->MutedVolume(), 0u);
-  EXPECT_EQ(Window().skin.volume, shell::DeviceToSlider(31999 / 2)) << "left back, right at 0: the slider at half";
+  EXPECT_EQ(Window().skin.volume, shell::DeviceToSlider(31999 / 2))
+      << "left back, right at 0: the slider at half";
 
   Send(shell::kMessageMute);
   Send(shell::kMessageVolumeUp);

@@ -30,7 +30,10 @@ int FakeWindowSystem::RunMessageLoop() {
 }
 
 int FakeListDialogs::RunPicker(PickerMode mode, bool replace, playlist::PlaylistView& view) {
-  asked.push_back(std::string("picker ") + (mode == PickerMode::kFiles ? "files" : mode == PickerMode::kFolder ? "folder" : "playlists") +
+  asked.push_back(std::string("picker ") +
+                  (mode == PickerMode::kFiles    ? "files"
+                   : mode == PickerMode::kFolder ? "folder"
+                                                 : "playlists") +
                   (replace ? " replace" : ""));
   if (replace) playlist::PlaylistView::AddEntry(nullptr, &view);
   for (const std::string& path : picked) playlist::PlaylistView::AddEntry(path.c_str(), &view);
@@ -51,7 +54,8 @@ std::optional<FakePackReader::Texts> FakePackReader::Read(const std::string& pat
   if (found == packs.end() || !found->second) return std::nullopt;
   Texts texts;
   for (const std::string& key : keys) {
-    if (const auto text = found->second->find(key); text != found->second->end()) texts.emplace(key, text->second);
+    if (const auto text = found->second->find(key); text != found->second->end())
+      texts.emplace(key, text->second);
   }
   return texts;
 }

@@ -118,7 +118,8 @@ class FakeMainWindow : public shell::MainWindow {
 class FakeWindowSystem : public shell::WindowSystem {
  public:
   shell::Rect WorkArea() override { return workArea; }
-  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area, shell::PlayerApp& app) override;
+  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area,
+                                                      shell::PlayerApp& app) override;
   int RunMessageLoop() override;
   void PostQuit(int exitCode) override {
     quit = true;

@@ -12,17 +12,21 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-std::string Text(const std::string* text) { return text != nullptr ? "\"" + *text + "\"" : "null"; }
+std::string Text(const std::string* text) {
+  return text != nullptr ? "\"" + *text + "\"" : "null";
+}
 
 // Records each operation with its arguments; results are recognisable numbers.
 class RecordingOperations : public shell::PlayerOperations {
  public:
   Calls calls;
 
-#define RECORD0(Name) \
-  void Name() override { calls.push_back(#Name); }
-#define RECORD1(Name, Type)                                       \
-  void Name(Type value) override {                                \
+#define RECORD0(Name)       \
+  void Name() override {    \
+    calls.push_back(#Name); \
+  }
+#define RECORD1(Name, Type)                                            \
+  void Name(Type value) override {                                     \
     calls.push_back(std::string(#Name) + " " + std::to_string(value)); \
   }
   RECORD0(Persist)
@@ -96,13 +100,21 @@ class RecordingOperations : public shell::PlayerOperations {
   void DecoderText(const std::string* text, std::intptr_t mode) override {
     calls.push_back("DecoderText " + Text(text) + " " + std::to_string(mode));
   }
-  void OpenHandedOverPath(const std::string* path) override { calls.push_back("OpenHandedOverPath " + Text(path)); }
+  void OpenHandedOverPath(const std::string* path) override {
+    calls.push_back("OpenHandedOverPath " + Text(path));
+  }
   void PlayBookmark(std::int32_t index, bool enqueue) override {
     calls.push_back("PlayBookmark " + std::to_string(index) + " " + std::to_string(enqueue));
   }
-  std::int32_t PositionMs() override { return Result("PositionMs", 61000); }
-  std::int32_t LengthMs() override { return Result("LengthMs", 240000); }
-  std::int32_t DecoderState() override { return Result("DecoderState", 3); }
+  std::int32_t PositionMs() override {
+    return Result("PositionMs", 61000);
+  }
+  std::int32_t LengthMs() override {
+    return Result("LengthMs", 240000);
+  }
+  std::int32_t DecoderState() override {
+    return Result("DecoderState", 3);
+  }
   std::intptr_t RefreshInformationBlock(std::uintptr_t wParam, std::intptr_t lParam) override {
     return Result("RefreshInformationBlock " + std::to_string(wParam) + " " + std::to_string(lParam), 0x1234);
   }
@@ -125,9 +137,15 @@ struct Routing {
   Calls calls;
 };
 
-Sent Msg(std::uint32_t id, std::uintptr_t wParam = 0, std::intptr_t lParam = 0) { return Sent{id, wParam, lParam}; }
-Sent Command(std::uint32_t id) { return Msg(shell::kMessageCommand, id); }
-Sent Timer(std::uint32_t id) { return Msg(shell::kMessageTimer, id); }
+Sent Msg(std::uint32_t id, std::uintptr_t wParam = 0, std::intptr_t lParam = 0) {
+  return Sent{id, wParam, lParam};
+}
+Sent Command(std::uint32_t id) {
+  return Msg(shell::kMessageCommand, id);
+}
+Sent Timer(std::uint32_t id) {
+  return Msg(shell::kMessageTimer, id);
+}
 
 std::intptr_t Route(shell::PlayerOperations& operations, const Sent& sent) {
   return shell::RouteMessage(operations, platform::Message{sent.id, sent.wParam, sent.lParam, nullptr});
@@ -136,8 +154,10 @@ std::intptr_t Route(shell::PlayerOperations& operations, const Sent& sent) {
 void ExpectRoutes(const std::vector<Routing>& table) {
   for (const Routing& row : table) {
     RecordingOperations operations;
-    EXPECT_EQ(Route(operations, row.message), 0) << "message " << row.message.id << " wParam " << row.message.wParam;
-    EXPECT_EQ(operations.calls, row.calls) << "message " << row.message.id << " wParam " << row.message.wParam;
+    EXPECT_EQ(Route(operations, row.message), 0)
+        << "message " << row.message.id << " wParam " << row.message.wParam;
+    EXPECT_EQ(operations.calls, row.calls)
+        << "message " << row.message.id << " wParam " << row.message.wParam;
   }
 }
 
@@ -199,7 +219,11 @@ TEST(SwitchboardTest, PrivateMessagesReachTheirOperationsWithTheirArguments) {
 }
 
 TEST(SwitchboardTest, MessagesThatDoNothingAndUnknownOnesReturnZeroAndCallNothing) {
-  ExpectRoutes({{Msg(2593), {}}, {Msg(2641), {}}, {Msg(2321), {}}, {Msg(2688), {}}, {Msg(0x0312), {}},
+  ExpectRoutes({{Msg(2593), {}},
+                {Msg(2641), {}},
+                {Msg(2321), {}},
+                {Msg(2688), {}},
+                {Msg(0x0312), {}},
                 {Msg(99999), {}}});
 }
 
@@ -209,7 +233,8 @@ TEST(SwitchboardTest, TextsTravelWithTheirMessages) {
   platform::Message handOver{2646, 0, 0, std::make_unique<std::string>("/music/a b.mp3")};
   shell::RouteMessage(operations, status);
   shell::RouteMessage(operations, handOver);
-  EXPECT_EQ(operations.calls, (Calls{"DecoderText \"Connecting radio\" 1", "OpenHandedOverPath \"/music/a b.mp3\""}));
+  EXPECT_EQ(operations.calls,
+            (Calls{"DecoderText \"Connecting radio\" 1", "OpenHandedOverPath \"/music/a b.mp3\""}));
 }
 
 TEST(SwitchboardTest, MessagesSentForAResultReturnIt) {
@@ -218,7 +243,8 @@ TEST(SwitchboardTest, MessagesSentForAResultReturnIt) {
   EXPECT_EQ(Route(operations, Msg(2566)), 240000);
   EXPECT_EQ(Route(operations, Msg(2569)), 3);
   EXPECT_EQ(Route(operations, Msg(2654, 8, 9)), 0x1234);
-  EXPECT_EQ(operations.calls, (Calls{"PositionMs", "LengthMs", "DecoderState", "RefreshInformationBlock 8 9"}));
+  EXPECT_EQ(operations.calls,
+            (Calls{"PositionMs", "LengthMs", "DecoderState", "RefreshInformationBlock 8 9"}));
 }
 
 TEST(SwitchboardTest, CommandsReachTheirOperationsAndWhatFollowsThem) {

@@ -21,7 +21,9 @@ std::string Word(std::uint32_t value) {
   return {static_cast<char>(value >> 24), static_cast<char>(value >> 16), static_cast<char>(value >> 8),
           static_cast<char>(value)};
 }
-std::string Field(char tag, const std::string& bytes) { return std::string(1, tag) + Word(bytes.size()) + bytes; }
+std::string Field(char tag, const std::string& bytes) {
+  return std::string(1, tag) + Word(bytes.size()) + bytes;
+}
 std::string Utf16Be(const std::string& ascii) {
   std::string bytes;
   for (const char c : ascii) bytes += std::string{'\0', c};
@@ -31,7 +33,9 @@ std::string Utf16Be(const std::string& ascii) {
 std::string Message(const std::string& id, const std::string& text, const std::string& context = "") {
   return Field(3, Utf16Be(text)) + Field(8, "") + Field(6, id) + Field(7, context) + "\x01";
 }
-std::string File(const std::string& messages) { return kMagic + Field(0x69, messages); }
+std::string File(const std::string& messages) {
+  return kMagic + Field(0x69, messages);
+}
 
 TEST(TranslationFileTest, ReadsThePacksLreleaseWrites) {
   const auto texts = ReadTranslationFile(testing_support::ReadFile(kPartialPack));
@@ -45,9 +49,11 @@ TEST(TranslationFileTest, ReadsThePacksLreleaseWrites) {
 TEST(TranslationFileTest, OnlyIdBasedMessagesWithATranslationCount) {
   const std::string none = std::string("\x03") + Word(0xFFFFFFFF) + Field(6, "6002") + "\x01";
   const std::string plural = Field(3, Utf16Be("one")) + Field(3, Utf16Be("many")) + Field(6, "6341") + "\x01";
-  const std::string obsolete = std::string("\x05") + "abcd" + Field(3, Utf16Be("Aus")) + Field(6, "6001") + "\x01";
-  const auto texts = ReadTranslationFile(File(Message("6000", "Spielen") + Message("6003", "in context", "Ctx") +
-                                              Message("6004", "") + none + plural + obsolete));
+  const std::string obsolete =
+      std::string("\x05") + "abcd" + Field(3, Utf16Be("Aus")) + Field(6, "6001") + "\x01";
+  const auto texts =
+      ReadTranslationFile(File(Message("6000", "Spielen") + Message("6003", "in context", "Ctx") +
+                               Message("6004", "") + none + plural + obsolete));
   ASSERT_TRUE(texts.has_value());
   EXPECT_EQ(*texts, (TranslationTexts{{"6000", "Spielen"}, {"6001", "Aus"}, {"6341", "one"}}));
 }
@@ -57,7 +63,8 @@ TEST(TranslationFileTest, ADamagedMessageEndsTheReadingAndKeepsWhatCameBefore) {
   const std::string oddLength = Field(3, "abc") + Field(6, "6001") + "\x01";
   const std::string unknownTag = std::string("\x0A") + Word(0) + "\x01";
   const std::string tooLong = std::string("\x06") + Word(1000) + "6002\x01";
-  for (const std::string& damage : {oddLength, unknownTag, tooLong, std::string("\x03\x00\x00"), std::string()}) {
+  for (const std::string& damage :
+       {oddLength, unknownTag, tooLong, std::string("\x03\x00\x00"), std::string()}) {
     const auto texts = ReadTranslationFile(File(good + damage + Message("6005", "Lauter")));
     ASSERT_TRUE(texts.has_value());
     EXPECT_EQ(texts->count("6000"), 1u);

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
-
 #include <atomic>
 #include <mutex>
 
@@ -57,13 +56,17 @@ QtMessageTarget::~QtMessageTarget() {
   dispatcher.reset();  // its queued Qt events go with it
 }
 
-void QtMessageTarget::Post(Message message) { queue.Post(std::move(message)); }
+void QtMessageTarget::Post(Message message) {
+  queue.Post(std::move(message));
+}
 
 std::intptr_t QtMessageTarget::Send(std::uint32_t id, std::uintptr_t wParam, std::intptr_t lParam) {
   return queue.Send(id, wParam, lParam);
 }
 
-int QtMessageTarget::RemovePending(std::uint32_t id) { return queue.RemovePending(id); }
+int QtMessageTarget::RemovePending(std::uint32_t id) {
+  return queue.RemovePending(id);
+}
 
 int QtMessageTarget::DispatchPending() {
   // Cleared first: a post that arrives during the dispatch wakes again.

@@ -1,7 +1,6 @@
 #include "platform/qt/qt_timers.h"
 
 #include <QTimer>
-
 #include <algorithm>
 #include <limits>
 
@@ -16,8 +15,9 @@ void QtTimers::Set(std::uint32_t id, std::uint32_t periodMs) {
   if (!timer) {
     timer = std::make_unique<QTimer>();
     timer->setTimerType(Qt::PreciseTimer);
-    QObject::connect(timer.get(), &QTimer::timeout,
-                     [this, id] { handler.HandleMessage(Message{kMessageTimer, id, 0, nullptr}); });
+    QObject::connect(timer.get(), &QTimer::timeout, [this, id] {
+      handler.HandleMessage(Message{kMessageTimer, id, 0, nullptr});
+    });
   }
   const auto interval = std::min<std::uint32_t>(std::max<std::uint32_t>(periodMs, 1),
                                                 static_cast<std::uint32_t>(std::numeric_limits<int>::max()));

@@ -24,9 +24,12 @@ void ApplyDialogTexts(QWidget& dialog, std::uint32_t dialogId) {
     const std::optional<std::string> text = TextOf(dialogId, child->objectName());
     if (!text) continue;
     const QString value = QString::fromStdString(*text);
-    if (auto* label = qobject_cast<QLabel*>(child)) label->setText(value);
-    else if (auto* button = qobject_cast<QAbstractButton*>(child)) button->setText(value);
-    else if (auto* group = qobject_cast<QGroupBox*>(child)) group->setTitle(value);
+    if (auto* label = qobject_cast<QLabel*>(child))
+      label->setText(value);
+    else if (auto* button = qobject_cast<QAbstractButton*>(child))
+      button->setText(value);
+    else if (auto* group = qobject_cast<QGroupBox*>(child))
+      group->setTitle(value);
   }
 }
 
@@ -35,14 +38,18 @@ int ShowDialog(QDialog& dialog, std::uint32_t dialogId) {
   return dialog.exec() == QDialog::Accepted ? 1 : 2;
 }
 
-DialogSoftKeys::DialogSoftKeys(QDialog& dialog, std::uint32_t menuId, std::function<void(std::uint32_t)> onOther)
+DialogSoftKeys::DialogSoftKeys(QDialog& dialog, std::uint32_t menuId,
+                               std::function<void(std::uint32_t)> onOther)
     : detail::MenuBarHolder{shell::CreateMenuBar(menuId).value_or(shell::MenuBar())},
       SoftKeyBar(
           ownBar,
           [&dialog, onOther = std::move(onOther)](std::uint32_t command) {
-            if (command == shell::kCommandOk) dialog.accept();
-            else if (command == shell::kCommandCancel) dialog.reject();
-            else if (onOther) onOther(command);
+            if (command == shell::kCommandOk)
+              dialog.accept();
+            else if (command == shell::kCommandCancel)
+              dialog.reject();
+            else if (onOther)
+              onOther(command);
           },
           &dialog) {}
 

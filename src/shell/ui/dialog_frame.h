@@ -13,7 +13,6 @@
 #pragma once
 
 #include <QDialog>
-
 #include <cstdint>
 #include <functional>
 
@@ -40,7 +39,8 @@ struct MenuBarHolder {
 // 157 "Done" and "Cancel", 159 "Save" and "Cancel"...).
 class DialogSoftKeys : private detail::MenuBarHolder, public SoftKeyBar {
  public:
-  DialogSoftKeys(QDialog& dialog, std::uint32_t menuId, std::function<void(std::uint32_t)> onOtherCommand = {});
+  DialogSoftKeys(QDialog& dialog, std::uint32_t menuId,
+                 std::function<void(std::uint32_t)> onOtherCommand = {});
   shell::MenuBar& Bar() { return ownBar; }
 };
 

@@ -7,7 +7,6 @@
 #include <QByteArray>
 #include <QLocalSocket>
 #include <QTimer>
-
 #include <memory>
 
 #include "platform/event.h"
@@ -30,8 +29,10 @@ bool MayBePosted(std::uint32_t message) {
     case shell::kMessageHandOver:
     case shell::kMessageAlarm:
     case shell::kMessageCallBegan:
-    case shell::kMessageCallEnded: return true;
-    default: return false;
+    case shell::kMessageCallEnded:
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -49,7 +50,8 @@ void AppendLe32(QByteArray& bytes, std::uint32_t value) {
 // processes. Waits at most kLockWaitMs; without the lock the step goes on.
 class NameLock {
  public:
-  explicit NameLock(const std::string& path) : descriptor(::open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600)) {
+  explicit NameLock(const std::string& path)
+      : descriptor(::open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600)) {
     if (descriptor < 0) return;
     for (int waited = 0; waited < kLockWaitMs; waited += 20) {
       if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) return;
@@ -78,7 +80,9 @@ LocalInstanceLink::LocalInstanceLink(std::string path) : socketPath(std::move(pa
   QObject::connect(&server, &QLocalServer::newConnection, [this] { AcceptPending(); });
 }
 
-LocalInstanceLink::~LocalInstanceLink() { StopServing(); }
+LocalInstanceLink::~LocalInstanceLink() {
+  StopServing();
+}
 
 std::unique_ptr<shell::RunningInstance> LocalInstanceLink::FindOrBecomeRunning() {
   NameLock lock(socketPath + ".lock");
@@ -125,8 +129,10 @@ void LocalInstanceLink::AcceptPending() {
         if (message == kRaiseRequest) {
           if (bringToForeground) bringToForeground();
         } else if (window != nullptr && MayBePosted(message)) {
-          if (text.empty()) window->Post(message);
-          else window->PostText(message, std::move(text));
+          if (text.empty())
+            window->Post(message);
+          else
+            window->PostText(message, std::move(text));
         }
         socket->write(&kAnswer, 1);
       }
@@ -146,11 +152,17 @@ std::unique_ptr<LocalRunningInstance> LocalRunningInstance::Connect(const std::s
 
 LocalRunningInstance::LocalRunningInstance(std::unique_ptr<Connection> link) : connection(std::move(link)) {}
 
-LocalRunningInstance::~LocalRunningInstance() { connection->socket.disconnectFromServer(); }
+LocalRunningInstance::~LocalRunningInstance() {
+  connection->socket.disconnectFromServer();
+}
 
-bool LocalRunningInstance::Post(std::uint32_t message, const std::string& text) { return Send(message, text); }
+bool LocalRunningInstance::Post(std::uint32_t message, const std::string& text) {
+  return Send(message, text);
+}
 
-bool LocalRunningInstance::BringToForeground() { return Send(kRaiseRequest, ""); }
+bool LocalRunningInstance::BringToForeground() {
+  return Send(kRaiseRequest, "");
+}
 
 bool LocalRunningInstance::Send(std::uint32_t message, const std::string& text) {
   QLocalSocket& socket = connection->socket;

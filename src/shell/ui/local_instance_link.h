@@ -22,7 +22,6 @@
 #pragma once
 
 #include <QLocalServer>
-
 #include <functional>
 #include <memory>
 #include <string>

@@ -4,7 +4,6 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 #include "platform/qt/virtual_keys.h"
@@ -39,15 +38,16 @@ MainWindowWidget::MainWindowWidget(const shell::Rect& workArea, platform::Messag
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   layout->setSizeConstraint(QLayout::SetFixedSize);
-  connect(qGuiApp, &QGuiApplication::commitDataRequest, this,
-          [this] { messages.Send(shell::kMessageDestroy); }, Qt::DirectConnection);
+  connect(
+      qGuiApp, &QGuiApplication::commitDataRequest, this, [this] { messages.Send(shell::kMessageDestroy); },
+      Qt::DirectConnection);
 }
 
 MainWindowWidget::~MainWindowWidget() = default;
 
 bool MainWindowWidget::AttachMenuBar(shell::MenuBar& bar) {
-  softKeys = new SoftKeyBar(bar, [this](std::uint32_t command) { messages.Send(shell::kMessageCommand, command); },
-                            this);
+  softKeys = new SoftKeyBar(
+      bar, [this](std::uint32_t command) { messages.Send(shell::kMessageCommand, command); }, this);
   softKeys->setFixedHeight(kSoftKeyBarHeight);
   layout()->addWidget(softKeys);
   return true;
@@ -80,7 +80,9 @@ void MainWindowWidget::BringToForeground() {
   activateWindow();
 }
 
-void MainWindowWidget::Redraw() { repaint(); }
+void MainWindowWidget::Redraw() {
+  repaint();
+}
 
 // The desktop doesn't let a program pick another's window; stepping back out
 // of the way gives the foreground to the window below.
@@ -90,8 +92,10 @@ bool MainWindowWidget::ActivateWindowBelow() {
 }
 
 bool MainWindowWidget::event(QEvent* event) {
-  if (event->type() == QEvent::WindowActivate) messages.Send(shell::kMessageActivate, 1);
-  else if (event->type() == QEvent::WindowDeactivate) messages.Send(shell::kMessageActivate, 0);
+  if (event->type() == QEvent::WindowActivate)
+    messages.Send(shell::kMessageActivate, 1);
+  else if (event->type() == QEvent::WindowDeactivate)
+    messages.Send(shell::kMessageActivate, 0);
   return QWidget::event(event);
 }
 

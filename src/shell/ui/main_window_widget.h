@@ -14,7 +14,6 @@
 #pragma once
 
 #include <QWidget>
-
 #include <memory>
 
 #include "platform/qt/qt_message_target.h"
@@ -65,8 +64,8 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   QtDialogs dialogs;
   int zoom;
   shell::Rect area;
-  PlaceholderFace* face = nullptr;   // owned by the widget tree
-  SoftKeyBar* softKeys = nullptr;    // owned by the widget tree
+  PlaceholderFace* face = nullptr;  // owned by the widget tree
+  SoftKeyBar* softKeys = nullptr;   // owned by the widget tree
 };
 
 }  // namespace ui

@@ -12,7 +12,9 @@ namespace {
 void Fill(QMenu& menu, const shell::MenuItem& popup) {
   for (const shell::MenuItem& item : popup.items) {
     switch (item.kind) {
-      case shell::MenuItem::Kind::Separator: menu.addSeparator(); break;
+      case shell::MenuItem::Kind::Separator:
+        menu.addSeparator();
+        break;
       case shell::MenuItem::Kind::Popup: {
         QMenu* submenu = menu.addMenu(QString::fromStdString(item.text));
         submenu->setEnabled(item.enabled);

@@ -22,12 +22,24 @@ void PlaceholderFace::SetMessage(const std::string& text) {
 }
 
 void PlaceholderFace::SetTrackFigures(std::uint32_t, std::uint32_t, std::uint32_t) {}
-void PlaceholderFace::SetVolume(int slider) { volume = slider; }
-void PlaceholderFace::SetShuffle(bool on) { shuffle = on; }
-void PlaceholderFace::SetRepeat(bool on) { repeat = on; }
-void PlaceholderFace::SetEqualizer(bool on) { equalizer = on; }
-void PlaceholderFace::SetExtraBass(bool on) { extraBass = on; }
-void PlaceholderFace::SetPaused(bool isPaused) { paused = isPaused; }
+void PlaceholderFace::SetVolume(int slider) {
+  volume = slider;
+}
+void PlaceholderFace::SetShuffle(bool on) {
+  shuffle = on;
+}
+void PlaceholderFace::SetRepeat(bool on) {
+  repeat = on;
+}
+void PlaceholderFace::SetEqualizer(bool on) {
+  equalizer = on;
+}
+void PlaceholderFace::SetExtraBass(bool on) {
+  extraBass = on;
+}
+void PlaceholderFace::SetPaused(bool isPaused) {
+  paused = isPaused;
+}
 void PlaceholderFace::KeyFeedback(std::uint16_t, bool) {}
 
 void PlaceholderFace::paintEvent(QPaintEvent*) {
@@ -40,7 +52,8 @@ void PlaceholderFace::paintEvent(QPaintEvent*) {
   const int margin = 4 * zoom;
   const QRect area = rect().adjusted(margin, margin, -margin, -margin);
   painter.drawText(area, Qt::AlignTop | Qt::AlignHCenter | Qt::TextWordWrap, QString::fromStdString(title));
-  painter.drawText(area, Qt::AlignBottom | Qt::AlignHCenter | Qt::TextWordWrap, QString::fromStdString(message));
+  painter.drawText(area, Qt::AlignBottom | Qt::AlignHCenter | Qt::TextWordWrap,
+                   QString::fromStdString(message));
 }
 
 }  // namespace ui

@@ -7,7 +7,6 @@
 #pragma once
 
 #include <QWidget>
-
 #include <string>
 
 #include "shell/skin_display.h"

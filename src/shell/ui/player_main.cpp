@@ -5,7 +5,6 @@
 // that a start from a terminal without a display still hands its file to a
 // running player, or plays without a window.
 #include <QApplication>
-
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -41,6 +40,6 @@ int main(int argc, char** argv) {
   ui::LocalInstanceLink instances(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
   shell::TranslationFileReader packReader;
   const shell::ProcessServices services{platform::Registry::Process(), windows, instances, packReader,
-                                        ui::NativeLanguageName, nullptr, nullptr, nullptr};
+                                        ui::NativeLanguageName,        nullptr, nullptr,   nullptr};
   return shell::RunProcess(shell::CommandLineFromArguments(arguments), services);
 }

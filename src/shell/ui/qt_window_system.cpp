@@ -21,10 +21,12 @@ shell::Rect QtWindowSystem::WorkArea() {
   return shell::Rect{available.x(), available.y(), available.width(), available.height()};
 }
 
-std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell::Rect& area, shell::PlayerApp& app) {
+std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell::Rect& area,
+                                                                    shell::PlayerApp& app) {
   auto window = std::make_unique<MainWindowWidget>(area, app);
   platform::MessageTarget* target = &window->Messages();
-  terminationSignals = std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });
+  terminationSignals =
+      std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });
   return window;
 }
 

@@ -23,7 +23,8 @@ class QtWindowSystem : public shell::WindowSystem {
   ~QtWindowSystem() override;
 
   shell::Rect WorkArea() override;
-  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area, shell::PlayerApp& app) override;
+  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area,
+                                                      shell::PlayerApp& app) override;
   int RunMessageLoop() override;
   // Ends the loop; a quit asked for before the loop runs ends it at once.
   void PostQuit(int exitCode) override;

@@ -9,7 +9,8 @@
 
 namespace ui {
 
-SoftKeyBar::SoftKeyBar(shell::MenuBar& menuBar, std::function<void(std::uint32_t)> commandHandler, QWidget* parent)
+SoftKeyBar::SoftKeyBar(shell::MenuBar& menuBar, std::function<void(std::uint32_t)> commandHandler,
+                       QWidget* parent)
     : QWidget(parent), bar(menuBar), onCommand(std::move(commandHandler)) {
   auto* layout = new QHBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
