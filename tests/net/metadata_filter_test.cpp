@@ -1,0 +1,264 @@
+// The ICY metadata filter: blocks are removed wherever the reads cut them,
+// the audio comes out in order, and titles come out as they complete.
+#include "net/metadata_filter.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace net {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes ToBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
+
+// One metadata block: length byte, text, zero padding to a multiple of 16.
+Bytes Block(std::string_view text) {
+  const std::size_t units = (text.size() + 15) / 16;
+  Bytes block(1 + units * 16, 0);
+  block[0] = static_cast<std::uint8_t>(units);
+  std::copy(text.begin(), text.end(), block.begin() + 1);
+  return block;
+}
+
+Bytes TitleBlock(std::string_view title) { return Block("StreamTitle='" + std::string(title) + "';StreamUrl='';"); }
+
+// A stream as a server sends it: `interval` audio bytes, then the next
+// block (an empty one when the list runs out), and so on.
+struct IcyStream {
+  Bytes audio;
+  Bytes wire;
+};
+
+IcyStream MakeStream(std::size_t audioBytes, std::uint32_t interval, const std::vector<Bytes>& blocks,
+                     std::uint32_t seed) {
+  IcyStream stream;
+  std::mt19937 random(seed);
+  for (std::size_t i = 0; i < audioBytes; ++i) stream.audio.push_back(static_cast<std::uint8_t>(random()));
+  std::size_t next = 0;
+  for (std::size_t offset = 0; offset < audioBytes; offset += interval) {
+    const std::size_t end = std::min(audioBytes, offset + interval);
+    stream.wire.insert(stream.wire.end(), stream.audio.begin() + static_cast<std::ptrdiff_t>(offset),
+                       stream.audio.begin() + static_cast<std::ptrdiff_t>(end));
+    if (end - offset < interval) break;
+    const Bytes block = next < blocks.size() ? blocks[next++] : Bytes{0};
+    stream.wire.insert(stream.wire.end(), block.begin(), block.end());
+  }
+  return stream;
+}
+
+struct Filtered {
+  Bytes audio;
+  std::vector<std::string> titles;
+};
+
+// Feeds `wire` through the filter in pieces of the given sizes (cycled).
+Filtered RunFilter(MetadataFilter& filter, Bytes wire, const std::vector<std::size_t>& pieces) {
+  Filtered out;
+  std::size_t offset = 0;
+  for (std::size_t i = 0; offset < wire.size(); ++i) {
+    const std::size_t count = std::min(pieces[i % pieces.size()], wire.size() - offset);
+    const std::size_t metadata = filter.Filter(wire.data() + offset, count, &out.titles);
+    EXPECT_LE(metadata, count);
+    out.audio.insert(out.audio.end(), wire.begin() + static_cast<std::ptrdiff_t>(offset),
+                     wire.begin() + static_cast<std::ptrdiff_t>(offset + count - metadata));
+    offset += count;
+  }
+  return out;
+}
+
+TEST(MetadataFilter, BlockSplitOverThreeReadsComesOutWholeWithTheAudioInOrder) {
+  MetadataFilter filter;
+  filter.Start(16);
+  const Bytes block = TitleBlock("Artist - Song");  // 1 + 48 bytes
+  Bytes wire = ToBytes("0123456789abcdef");
+  wire.insert(wire.end(), block.begin(), block.end());
+  const Bytes behind = ToBytes("ABCDEFGH");
+  wire.insert(wire.end(), behind.begin(), behind.end());
+
+  // Reads end 5 bytes into the block, 20 bytes further, and 4 bytes behind it.
+  std::vector<std::string> titles;
+  Bytes audio;
+  const std::size_t cuts[] = {16 + 5, 20, block.size() - 25 + 4, 4};
+  std::size_t offset = 0;
+  for (std::size_t count : cuts) {
+    const std::size_t metadata = filter.Filter(wire.data() + offset, count, &titles);
+    audio.insert(audio.end(), wire.begin() + static_cast<std::ptrdiff_t>(offset),
+                 wire.begin() + static_cast<std::ptrdiff_t>(offset + count - metadata));
+    if (count == 20) {
+      EXPECT_TRUE(titles.empty()) << "no title before its block is whole";
+    }
+    offset += count;
+  }
+  EXPECT_EQ(offset, wire.size());
+  EXPECT_EQ(std::string(audio.begin(), audio.end()), "0123456789abcdefABCDEFGH");
+  EXPECT_EQ(titles, std::vector<std::string>{"Artist - Song"});
+  std::string title;
+  EXPECT_TRUE(filter.GetStreamTitle(title));
+  EXPECT_EQ(title, "Artist - Song");
+}
+
+TEST(MetadataFilter, AnyCuttingOfTheStreamGivesTheSameAudioAndTitles) {
+  const std::vector<Bytes> blocks = {TitleBlock("One"), Bytes{0}, TitleBlock("Two"), Block("garbage without a key"),
+                                     TitleBlock(std::string(200, 'x')), Bytes{0}, TitleBlock("Three")};
+  const std::vector<std::string> expected = {"One", "Two", std::string(200, 'x'), "Three"};
+  for (std::uint32_t interval : {1u, 2u, 7u, 16u, 100u, 1000u}) {
+    const IcyStream stream = MakeStream(interval * 9 + 3, interval, blocks, interval);
+    std::mt19937 random(interval);
+    for (int trial = 0; trial < 30; ++trial) {
+      std::vector<std::size_t> pieces;
+      for (int i = 0; i < 17; ++i) pieces.push_back(1 + random() % (trial < 10 ? 5 : 600));
+      MetadataFilter filter;
+      filter.Start(interval);
+      const Filtered out = RunFilter(filter, stream.wire, pieces);
+      ASSERT_EQ(out.audio, stream.audio) << "interval " << interval << ", trial " << trial;
+      ASSERT_EQ(out.titles, expected) << "interval " << interval << ", trial " << trial;
+    }
+  }
+}
+
+TEST(MetadataFilter, NoIntervalFiltersNothing) {
+  MetadataFilter filter;
+  filter.Start(0);
+  Bytes wire = TitleBlock("Not metadata at all");
+  const Bytes original = wire;
+  std::vector<std::string> titles;
+  EXPECT_EQ(filter.Filter(wire.data(), wire.size(), &titles), 0u);
+  EXPECT_EQ(wire, original);
+  EXPECT_TRUE(titles.empty());
+}
+
+TEST(MetadataFilter, ReadOfExactlyTheCountdownRemovesNothingAndTheNextStartsOnTheLengthByte) {
+  MetadataFilter filter;
+  filter.Start(8);
+  Bytes wire = ToBytes("abcdefgh");
+  const Bytes block = TitleBlock("T");
+  wire.insert(wire.end(), block.begin(), block.end());
+  wire.push_back('i');
+  EXPECT_EQ(filter.Filter(wire.data(), 8, nullptr), 0u);
+  EXPECT_EQ(filter.MetaCountdown(), 0);
+  std::vector<std::string> titles;
+  EXPECT_EQ(filter.Filter(wire.data() + 8, block.size() + 1, &titles), block.size());
+  EXPECT_EQ(wire[8], 'i');
+  EXPECT_EQ(titles, std::vector<std::string>{"T"});
+  EXPECT_EQ(filter.MetaCountdown(), 7);
+}
+
+TEST(MetadataFilter, EmptyBlocksAndNewConnectionsKeepTheLastTitleUntilClear) {
+  MetadataFilter filter;
+  filter.Start(4);
+  Bytes wire = ToBytes("abcd");
+  const Bytes block = TitleBlock("Kept");
+  wire.insert(wire.end(), block.begin(), block.end());
+  for (const char* audio : {"efgh", "ijkl"}) {
+    wire.insert(wire.end(), audio, audio + 4);
+    wire.push_back(0);  // empty block: the title hasn't changed
+  }
+  filter.Filter(wire.data(), wire.size(), nullptr);
+  std::string title;
+  ASSERT_TRUE(filter.GetStreamTitle(title));
+  EXPECT_EQ(title, "Kept");
+
+  // A block in progress doesn't hide the last whole one.
+  Bytes partial = ToBytes("mnop");
+  const Bytes next = TitleBlock("Next");
+  partial.insert(partial.end(), next.begin(), next.begin() + 10);
+  filter.Filter(partial.data(), partial.size(), nullptr);
+  ASSERT_TRUE(filter.GetStreamTitle(title));
+  EXPECT_EQ(title, "Kept");
+
+  filter.Start(4);  // a new connection
+  ASSERT_TRUE(filter.GetStreamTitle(title));
+  EXPECT_EQ(title, "Kept");
+  EXPECT_EQ(filter.MetaCountdown(), 4);
+  filter.Clear();
+  EXPECT_FALSE(filter.GetStreamTitle(title));
+  EXPECT_EQ(title, "");
+}
+
+TEST(MetadataFilter, LongestBlockOfGarbageIsSwallowedWhole) {
+  MetadataFilter filter;
+  filter.Start(3);
+  Bytes wire = ToBytes("abc");
+  wire.push_back(255);
+  std::mt19937 random(7);
+  for (int i = 0; i < 255 * 16; ++i) wire.push_back(static_cast<std::uint8_t>(random() | 1));  // no zero, no end
+  const Bytes behind = ToBytes("def");
+  wire.insert(wire.end(), behind.begin(), behind.end());
+  const Filtered out = RunFilter(filter, wire, {1000, 77, 4000});
+  EXPECT_EQ(std::string(out.audio.begin(), out.audio.end()), "abcdef");
+  EXPECT_EQ(filter.MetaCountdown(), 0);
+}
+
+TEST(MetadataFilter, TitleOf259BytesInTheLongestBlockIsKeptWhole) {
+  const std::string title(259, 'T');
+  std::string text = std::string(3500, ' ') + "StreamTitle='" + title + "';";
+  text.resize(255 * 16, 'z');
+  MetadataFilter filter;
+  filter.Start(1);
+  Bytes wire = {'a'};
+  const Bytes block = Block(text);
+  ASSERT_EQ(block.size(), kMaxMetadataBlockBytes);
+  wire.insert(wire.end(), block.begin(), block.end());
+  const Filtered out = RunFilter(filter, wire, {100});
+  ASSERT_EQ(out.titles.size(), 1u);
+  EXPECT_EQ(out.titles[0], title);
+}
+
+struct TitleCase {
+  const char* name;
+  std::string text;
+  bool found;
+  std::string title;
+};
+
+class StreamTitleExtraction : public testing::TestWithParam<TitleCase> {};
+
+TEST_P(StreamTitleExtraction, ReadsTheTitleAsTheServerMeantIt) {
+  const Bytes block = Block(GetParam().text);
+  std::string title = "stale";
+  EXPECT_EQ(ExtractStreamTitle(block.data(), block.size(), title), GetParam().found);
+  EXPECT_EQ(title, GetParam().title);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, StreamTitleExtraction,
+    testing::Values(
+        TitleCase{"Plain", "StreamTitle='Artist - Song';StreamUrl='';", true, "Artist - Song"},
+        TitleCase{"EmptyBetweenTwoApostrophes", "StreamTitle='';", true, ""},
+        TitleCase{"ApostropheInside", "StreamTitle='Guns N' Roses - Patience';", true, "Guns N' Roses - Patience"},
+        TitleCase{"LastFieldWithoutSemicolon", "StreamUrl='x';StreamTitle='Tail'", true, "Tail"},
+        TitleCase{"NoEnd", "StreamTitle='never ends", false, ""},
+        TitleCase{"NoKey", "StreamUrl='http://radio.example/';", false, ""},
+        TitleCase{"KeyAtTheVeryEnd", "StreamTitle=", false, ""},
+        TitleCase{"ZeroByteEndsTheText", std::string("StreamTitle='cut\0here';", 23), false, ""},
+        TitleCase{"Windows1252", "StreamTitle='Caf\xe9 \x93Noir\x94';", true, "Caf\xc3\xa9 \xe2\x80\x9cNoir\xe2\x80\x9d"},
+        TitleCase{"Utf8", "StreamTitle='Bj\xc3\xb6rk - J\xc3\xb3ga';", true, "Bj\xc3\xb6rk - J\xc3\xb3ga"},
+        TitleCase{"LongTitleCutAt259Bytes", "StreamTitle='" + std::string(300, 'a') + "';", true,
+                  std::string(259, 'a')}),
+    [](const testing::TestParamInfo<TitleCase>& parameter) { return std::string(parameter.param.name); });
+
+TEST(StreamTitleExtraction, LongUtf8TitleStaysValidWhenCut) {
+  std::string utf8 = "a";
+  for (int i = 0; i < 150; ++i) utf8 += "\xc3\xa9";  // 301 bytes
+  const Bytes block = Block("StreamTitle='" + utf8 + "';");
+  std::string title;
+  ASSERT_TRUE(ExtractStreamTitle(block.data(), block.size(), title));
+  EXPECT_EQ(title, utf8.substr(0, 259));  // 'a' and 129 whole characters
+}
+
+TEST(StreamTitleExtraction, PartialOrMismatchedBlocksHaveNoTitle) {
+  Bytes block = TitleBlock("Whole");
+  std::string title;
+  EXPECT_FALSE(ExtractStreamTitle(block.data(), block.size() - 1, title));
+  block[0] += 1;
+  EXPECT_FALSE(ExtractStreamTitle(block.data(), block.size(), title));
+  EXPECT_FALSE(ExtractStreamTitle(nullptr, 0, title));
+}
+
+}  // namespace
+}  // namespace net
