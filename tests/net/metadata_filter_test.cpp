@@ -9,46 +9,27 @@
 #include <string>
 #include <vector>
 
+#include "icy_stream.h"
+
 namespace net {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+using net_testing::Interleave;
 
 Bytes ToBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
+Bytes Block(std::string_view text) { return ToBytes(net_testing::MetadataBlock(text)); }
+Bytes TitleBlock(std::string_view title) { return ToBytes(net_testing::TitleBlock(title)); }
 
-// One metadata block: length byte, text, zero padding to a multiple of 16.
-Bytes Block(std::string_view text) {
-  const std::size_t units = (text.size() + 15) / 16;
-  Bytes block(1 + units * 16, 0);
-  block[0] = static_cast<std::uint8_t>(units);
-  std::copy(text.begin(), text.end(), block.begin() + 1);
-  return block;
-}
-
-Bytes TitleBlock(std::string_view title) { return Block("StreamTitle='" + std::string(title) + "';StreamUrl='';"); }
-
-// A stream as a server sends it: `interval` audio bytes, then the next
-// block (an empty one when the list runs out), and so on.
 struct IcyStream {
   Bytes audio;
   Bytes wire;
 };
 
-IcyStream MakeStream(std::size_t audioBytes, std::uint32_t interval, const std::vector<Bytes>& blocks,
+IcyStream MakeStream(std::size_t audioBytes, std::uint32_t interval, const std::vector<std::string>& blocks,
                      std::uint32_t seed) {
-  IcyStream stream;
-  std::mt19937 random(seed);
-  for (std::size_t i = 0; i < audioBytes; ++i) stream.audio.push_back(static_cast<std::uint8_t>(random()));
-  std::size_t next = 0;
-  for (std::size_t offset = 0; offset < audioBytes; offset += interval) {
-    const std::size_t end = std::min(audioBytes, offset + interval);
-    stream.wire.insert(stream.wire.end(), stream.audio.begin() + static_cast<std::ptrdiff_t>(offset),
-                       stream.audio.begin() + static_cast<std::ptrdiff_t>(end));
-    if (end - offset < interval) break;
-    const Bytes block = next < blocks.size() ? blocks[next++] : Bytes{0};
-    stream.wire.insert(stream.wire.end(), block.begin(), block.end());
-  }
-  return stream;
+  const std::string audio = net_testing::RandomBytes(audioBytes, seed);
+  return {ToBytes(audio), ToBytes(Interleave(audio, interval, blocks))};
 }
 
 struct Filtered {
@@ -103,8 +84,13 @@ TEST(MetadataFilter, BlockSplitOverThreeReadsComesOutWholeWithTheAudioInOrder) {
 }
 
 TEST(MetadataFilter, AnyCuttingOfTheStreamGivesTheSameAudioAndTitles) {
-  const std::vector<Bytes> blocks = {TitleBlock("One"), Bytes{0}, TitleBlock("Two"), Block("garbage without a key"),
-                                     TitleBlock(std::string(200, 'x')), Bytes{0}, TitleBlock("Three")};
+  const std::vector<std::string> blocks = {net_testing::TitleBlock("One"),
+                                           std::string(1, '\0'),
+                                           net_testing::TitleBlock("Two"),
+                                           net_testing::MetadataBlock("garbage without a key"),
+                                           net_testing::TitleBlock(std::string(200, 'x')),
+                                           std::string(1, '\0'),
+                                           net_testing::TitleBlock("Three")};
   const std::vector<std::string> expected = {"One", "Two", std::string(200, 'x'), "Three"};
   for (std::uint32_t interval : {1u, 2u, 7u, 16u, 100u, 1000u}) {
     const IcyStream stream = MakeStream(interval * 9 + 3, interval, blocks, interval);

@@ -1,0 +1,313 @@
+// NetStream against servers that misbehave, and Disconnect from every state.
+// Each fault ends in the status the user is shown and a stream that is over
+// or goes on correctly; none hangs, crashes or holds more memory than its
+// buffer.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <string>
+#include <thread>
+
+#include "fault_server.h"
+#include "icy_stream.h"
+#include "net/socket_io.h"
+#include "net/stream_connection.h"
+#include "stream_fixture.h"
+
+namespace net_testing {
+namespace {
+
+constexpr int kShortTimeoutMs = 500;
+
+class NetStreamFaultTest : public NetStreamTest {
+ protected:
+  // Connects to a server running `script`; the result of Connect.
+  bool ConnectTo(FaultServer& server, std::string_view path = "/") {
+    EXPECT_TRUE(server.Valid());
+    EXPECT_TRUE(stream.SetUrl(server.Url(path)));
+    return stream.Connect();
+  }
+  bool ToldCantEstablish() { return log.WaitForText("Can't establish connection", 5000); }
+};
+
+TEST_F(NetStreamFaultTest, SilenceAfterTheHeaderMovesToTheNextTrack) {
+  stream.SetTimeout(kShortTimeoutMs);
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest() && connection.Send(RadioHeader() + "12345")) connection.StallUntilClosed();
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  char buffer[100];
+  std::uint32_t got = 0;
+  // The wait for the prebuffer target ends with the stream; the five bytes
+  // that came are still delivered.
+  EXPECT_TRUE(stream.Read(buffer, sizeof buffer, &got));
+  EXPECT_EQ(std::string(buffer, got), "12345");
+  EXPECT_FALSE(stream.Read(buffer, sizeof buffer, &got));
+  ASSERT_TRUE(log.WaitForText("Disconnected", 5000));
+  const auto& posted = log.Collect();
+  EXPECT_EQ(log.Count(net::kMessageNextTrack), 1);
+  for (const Posted& p : posted) {
+    if (p.id == net::kMessageNextTrack) {
+      EXPECT_EQ(p.wParam, 1u);
+      EXPECT_EQ(p.lParam, 0);
+    }
+  }
+  EXPECT_FALSE(stream.HasEnded()) << "the server didn't close; the stream was given up";
+}
+
+TEST_F(NetStreamFaultTest, SilenceBeforeTheHeaderFailsTheConnection) {
+  stream.SetTimeout(kShortTimeoutMs);
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.StallUntilClosed();
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+  EXPECT_FALSE(stream.IsConnected());
+  log.Collect();
+  EXPECT_EQ(log.Texts(net::kModeStatus),
+            (std::vector<std::string>{"Connecting 127.0.0.1"}));  // never "Connected to server"
+}
+
+TEST_F(NetStreamFaultTest, CloseInTheMiddleOfTheHeaderFails) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send("ICY 200 OK\r\nicy-na");
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+}
+
+TEST_F(NetStreamFaultTest, CloseInTheMiddleOfAMetadataBlockKeepsOnlyTheAudio) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send(RadioHeader(6) + "audio!" + TitleBlock("Cut short").substr(0, 20));
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  EXPECT_EQ(ReadUpTo(100), "audio!");
+  EXPECT_TRUE(stream.HasEnded());
+  log.Collect();
+  EXPECT_TRUE(log.Texts(net::kModeTitle).empty());
+}
+
+TEST_F(NetStreamFaultTest, HeaderLineOfAMegabyteIsRefusedAfterTheHeaderArea) {
+  std::atomic<bool> clientClosed{false};
+  FaultServer server([&](FaultConnection& connection) {
+    if (connection.ReadRequest() && connection.Send("ICY 200 OK\r\nX-Junk: " + std::string(1 << 20, 'j'))) {
+      clientClosed = connection.StallUntilClosed();
+    }
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+  ASSERT_TRUE(server.ScriptDone().Wait(5000));
+  EXPECT_TRUE(clientClosed) << "the client gives up on the header and closes";
+}
+
+TEST_F(NetStreamFaultTest, EndlessHeaderIsRefused) {
+  std::atomic<int> lines{0};
+  FaultServer server([&](FaultConnection& connection) {
+    if (!connection.ReadRequest() || !connection.Send("HTTP/1.0 200 OK\r\n")) return;
+    while (connection.Send("X-Line-" + std::to_string(lines) + ": more\r\n")) ++lines;
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+  ASSERT_TRUE(server.ScriptDone().Wait(5000));
+}
+
+TEST_F(NetStreamFaultTest, HeaderThatDripsForeverRunsOutOfTime) {
+  stream.SetTimeout(kShortTimeoutMs);
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.SendSlowly("HTTP/1.0 200 OK\r\n" + std::string(1000, 'x'), 1, 20);
+  });
+  // Each byte comes well within the timeout; the header as a whole doesn't.
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+}
+
+TEST_F(NetStreamFaultTest, LongestMetadataBlockOfGarbageIsSkipped) {
+  std::string garbage = RandomBytes(255 * 16, 3);
+  for (char& c : garbage) c = c == '\0' ? 'g' : c;
+  const std::string audio = RandomBytes(300, 4);
+  const std::string wire =
+      Interleave(audio, 100, {std::string(1, '\xff') + garbage, TitleBlock("After the garbage")});
+  FaultServer server([&](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send(RadioHeader(100) + wire);
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  EXPECT_TRUE(ReadUpTo(1000, 77) == audio);
+  log.Collect();
+  EXPECT_EQ(log.Texts(net::kModeTitle), std::vector<std::string>{"After the garbage"});
+}
+
+TEST_F(NetStreamFaultTest, StreamTitleWithoutEndGivesNoTitle) {
+  const std::string audio = RandomBytes(200, 5);
+  FaultServer server([&](FaultConnection& connection) {
+    if (connection.ReadRequest()) {
+      connection.Send(RadioHeader(100) + Interleave(audio, 100, {MetadataBlock("StreamTitle='no end in sight")}));
+    }
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  EXPECT_TRUE(ReadUpTo(1000) == audio);
+  log.Collect();
+  EXPECT_TRUE(log.Texts(net::kModeTitle).empty());
+  std::string title;
+  EXPECT_FALSE(stream.GetStreamTitle(title));
+}
+
+TEST_F(NetStreamFaultTest, RedirectLoopEndsAfterTenRedirects) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send("HTTP/1.0 302 Found\r\nLocation: /loop\r\n\r\n");
+  });
+  EXPECT_FALSE(ConnectTo(server, "/loop"));
+  EXPECT_TRUE(ToldCantEstablish());
+  EXPECT_EQ(server.Connections(), net::kMaxRedirects + 1);
+}
+
+TEST_F(NetStreamFaultTest, RedirectToAnotherSchemeFails) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send("HTTP/1.0 302 Found\r\nLocation: https://secure.invalid/\r\n\r\n");
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+}
+
+TEST_F(NetStreamFaultTest, NotFoundFails) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send("HTTP/1.0 404 Not Found\r\n\r\nno such mount");
+  });
+  EXPECT_FALSE(ConnectTo(server));
+  EXPECT_TRUE(ToldCantEstablish());
+}
+
+TEST_F(NetStreamFaultTest, NonAudioBodyIsDeliveredAsItIsUntilItEnds) {
+  const std::string page = "<html><body>" + std::string(5000, '.') + "</body></html>";
+  FaultServer server([&](FaultConnection& connection) {
+    if (connection.ReadRequest()) connection.Send("HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n" + page);
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  EXPECT_EQ(ReadUpTo(100000), page);
+  EXPECT_TRUE(stream.HasEnded());
+}
+
+TEST_F(NetStreamFaultTest, RefusedConnectionIsReported) {
+  std::uint16_t port;
+  {
+    FaultServer closed([](FaultConnection&) {});
+    port = closed.Port();
+  }
+  ASSERT_TRUE(stream.SetUrl("http://127.0.0.1:" + std::to_string(port) + "/"));
+  EXPECT_FALSE(stream.Connect());
+  ASSERT_TRUE(ToldCantEstablish());
+  EXPECT_EQ(log.StatusLines(),
+            (std::vector<std::string>{"1:Connecting 127.0.0.1", "1:<null>", "2:Can't establish connection"}));
+}
+
+TEST_F(NetStreamFaultTest, UnknownHostIsReported) {
+  stream.SetHostLookup([](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) { return false; });
+  ASSERT_TRUE(stream.SetUrl("http://radio.invalid/"));
+  EXPECT_FALSE(stream.Connect());
+  ASSERT_TRUE(log.WaitForText("Can't resolve host name", 5000));
+  EXPECT_EQ(log.StatusLines(), (std::vector<std::string>{"1:Resolving host...", "2:Can't resolve host name"}));
+}
+
+// Disconnect from each state of a connection, with Connect or Read waiting
+// on another thread as a decoder's would.
+
+TEST_F(NetStreamFaultTest, DisconnectWhileResolvingIsPrompt) {
+  auto release = std::make_shared<platform::Event>();
+  auto finished = std::make_shared<platform::Event>();
+  stream.SetHostLookup([release, finished](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) {
+    release->Wait();  // a name server that doesn't answer
+    finished->Set();
+    return false;
+  });
+  ASSERT_TRUE(stream.SetUrl("http://slow.invalid/"));
+  auto connecting = std::async(std::launch::async, [&] { return stream.Connect(); });
+  ASSERT_TRUE(log.WaitForText("Resolving host...", 5000));
+  EXPECT_TRUE(stream.IsConnected()) << "a connection under way counts as connected, so Stop reaches it";
+  EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs);
+  EXPECT_FALSE(connecting.get());
+  EXPECT_FALSE(stream.IsConnected());
+  release->Set();
+  EXPECT_TRUE(finished->Wait(5000));
+  log.Collect();
+  EXPECT_EQ(log.Texts(net::kModeStatusForASecond), std::vector<std::string>{}) << "a stop is no failure";
+}
+
+TEST_F(NetStreamFaultTest, DisconnectWhileConnectingIsPrompt) {
+  // A listener whose queue is full leaves the next connect unanswered.
+  net::Socket listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ASSERT_EQ(::bind(listener.Descriptor(), reinterpret_cast<sockaddr*>(&address), size), 0);
+  ASSERT_EQ(::listen(listener.Descriptor(), 0), 0);
+  ASSERT_EQ(::getsockname(listener.Descriptor(), reinterpret_cast<sockaddr*>(&address), &size), 0);
+  net::Socket filler(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(::connect(filler.Descriptor(), reinterpret_cast<sockaddr*>(&address), size), 0);
+
+  ASSERT_TRUE(stream.SetUrl("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/"));
+  auto connecting = std::async(std::launch::async, [&] { return stream.Connect(); });
+  ASSERT_TRUE(log.WaitForText("Connecting 127.0.0.1", 5000));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs);
+  EXPECT_FALSE(connecting.get());
+}
+
+TEST_F(NetStreamFaultTest, DisconnectWhileReadingTheHeaderIsPrompt) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest() && connection.Send("ICY 200 OK\r\n")) connection.StallUntilClosed();
+  });
+  ASSERT_TRUE(stream.SetUrl(server.Url()));
+  auto connecting = std::async(std::launch::async, [&] { return stream.Connect(); });
+  ASSERT_TRUE(log.WaitForText("Connecting 127.0.0.1", 5000));
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs);
+  EXPECT_FALSE(connecting.get());
+}
+
+TEST_F(NetStreamFaultTest, DisconnectWhileBufferingIsPromptAndTheReadFails) {
+  FaultServer server([](FaultConnection& connection) {
+    if (connection.ReadRequest() && connection.Send(RadioHeader() + "not enough")) connection.StallUntilClosed();
+  });
+  ASSERT_TRUE(ConnectTo(server));
+  std::uint32_t got = 99;
+  char buffer[64];
+  auto reading = std::async(std::launch::async, [&] { return stream.Read(buffer, sizeof buffer, &got); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs);
+  EXPECT_FALSE(reading.get());
+  EXPECT_EQ(got, 0u);
+}
+
+TEST_F(NetStreamFaultTest, DisconnectWhilePlayingAndWhileTheBufferIsFullIsPrompt) {
+  for (const bool reading : {true, false}) {
+    FaultServer server([](FaultConnection& connection) {
+      if (!connection.ReadRequest() || !connection.Send(RadioHeader())) return;
+      const std::string second = std::string(4000, 's');
+      while (connection.SendSlowly(second, 1000, 5)) {
+      }
+    });
+    UseBuffer(32768);
+    ASSERT_TRUE(ConnectTo(server));
+    std::atomic<bool> stop{false};
+    auto reader = std::async(std::launch::async, [&] {
+      char buffer[2048];
+      std::uint32_t got = 0;
+      while (reading && !stop && stream.Read(buffer, sizeof buffer, &got)) {
+      }
+    });
+    ASSERT_TRUE(log.WaitUntil([&](const auto&) { return stream.BytesAvailable() > 0 || reading; }, 5000));
+    std::this_thread::sleep_for(std::chrono::milliseconds(reading ? 300 : 1500));  // without a reader it fills up
+    EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs) << (reading ? "playing" : "full");
+    stop = true;
+    reader.get();
+    EXPECT_FALSE(stream.IsConnected());
+  }
+}
+
+}  // namespace
+}  // namespace net_testing
