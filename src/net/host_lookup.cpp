@@ -1,6 +1,9 @@
 #include "net/host_lookup.h"
 
 #include <netdb.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <memory>
@@ -8,7 +11,6 @@
 #include <system_error>
 #include <thread>
 
-#include "platform/event.h"
 
 namespace net {
 namespace {
@@ -34,10 +36,20 @@ bool Lookup(const std::string& host, std::uint16_t port, int flags, std::vector<
 }
 
 // What the caller and the helper share; whichever lets go last frees it.
+// The helper says it is done through an eventfd rather than a platform
+// event: a helper that outlives its caller may still be running when the
+// process ends, and must touch nothing but this.
 struct PendingLookup {
-  platform::Event done;
+  PendingLookup() : done(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+  ~PendingLookup() {
+    if (done >= 0) ::close(done);
+  }
+  PendingLookup(const PendingLookup&) = delete;
+  PendingLookup& operator=(const PendingLookup&) = delete;
+
+  const int done;
   std::mutex lock;
-  bool found = false;                   // guarded by lock
+  bool found = false;                    // guarded by lock
   std::vector<SocketAddress> addresses;  // guarded by lock
 };
 
@@ -54,6 +66,7 @@ bool NumericHostAddress(const std::string& host, std::uint16_t port, std::vector
 LookupResult LookUpInterruptibly(const HostLookup& lookup, const std::string& host, std::uint16_t port,
                                  StopSignal& stop, std::vector<SocketAddress>& addresses) {
   auto pending = std::make_shared<PendingLookup>();
+  if (pending->done < 0) return LookupResult::kUnknown;
   try {
     std::thread([pending, lookup, host, port] {
       std::vector<SocketAddress> found;
@@ -63,12 +76,17 @@ LookupResult LookUpInterruptibly(const HostLookup& lookup, const std::string& ho
         pending->found = ok;
         pending->addresses = std::move(found);
       }
-      pending->done.Set();
+      const std::uint64_t one = 1;
+      [[maybe_unused]] const ssize_t written = ::write(pending->done, &one, sizeof one);
     }).detach();
   } catch (const std::system_error&) {
     return LookupResult::kUnknown;  // no thread to spare: as if the name were unknown
   }
-  if (platform::WaitForAny({&pending->done, &stop.Event()}) != 0 || stop.Raised()) return LookupResult::kStopped;
+  WaitResult waited;
+  do {
+    waited = WaitForSocket(pending->done, POLLIN, stop, 60000);
+  } while (waited == WaitResult::kTimeout);
+  if (waited != WaitResult::kReady) return LookupResult::kStopped;
   std::lock_guard guard(pending->lock);
   if (!pending->found) return LookupResult::kUnknown;
   addresses = pending->addresses;

@@ -114,6 +114,16 @@ std::vector<std::string> FaultServer::Requests() const {
   return requests;
 }
 
+bool FaultServer::WaitForScripts(int count, int timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (scriptsDone.load() < count) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return false;
+    scriptDone.Wait(static_cast<int>(std::min<long long>(left.count(), 50)));
+  }
+  return true;
+}
+
 void FaultServer::Serve() {
   while (!stop.Raised()) {
     if (net::WaitForSocket(listener, POLLIN, stop, 60000) != net::WaitResult::kReady) continue;
@@ -127,6 +137,7 @@ void FaultServer::Serve() {
       requests.push_back(connection.Request());
     }
     client.Close();
+    ++scriptsDone;
     scriptDone.Set();
   }
 }

@@ -64,11 +64,11 @@ class FaultServer {
   bool Valid() const { return listener >= 0; }
   std::uint16_t Port() const { return port; }
   std::string Url(std::string_view path = "/") const;
-  // The requests received so far, oldest first.
+  // The requests of the connections whose scripts have returned, oldest first.
   std::vector<std::string> Requests() const;
   int Connections() const { return connections.load(); }
-  // Set each time a script has returned.
-  platform::Event& ScriptDone() { return scriptDone; }
+  // Waits until `count` scripts have returned.
+  bool WaitForScripts(int count, int timeoutMs);
 
  private:
   void Serve();
@@ -78,6 +78,7 @@ class FaultServer {
   std::uint16_t port = 0;
   net::StopSignal stop;
   std::atomic<int> connections{0};
+  std::atomic<int> scriptsDone{0};
   platform::Event scriptDone{false, false};
   mutable std::mutex lock;
   std::vector<std::string> requests;  // guarded by lock

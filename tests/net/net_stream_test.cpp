@@ -44,6 +44,7 @@ TEST_F(NetStreamTest, DeliversTheAudioWithoutMetadataAndPostsEachTitle) {
   EXPECT_TRUE(stream.GetStreamTitle(title));
   EXPECT_EQ(title, "Second");
 
+  ASSERT_TRUE(server.WaitForScripts(1, 5000));
   const std::vector<std::string> requests = server.Requests();
   ASSERT_EQ(requests.size(), 1u);
   EXPECT_EQ(requests[0], "GET /live HTTP/1.0\r\nHost: 127.0.0.1:" + std::to_string(server.Port()) +
@@ -62,6 +63,7 @@ TEST_F(NetStreamTest, AddressRulesAndAnAddressWithoutPath) {
   ASSERT_TRUE(stream.SetUrl("http://127.0.0.1:" + std::to_string(server.Port())));
   ASSERT_TRUE(stream.Connect());
   stream.Disconnect();
+  ASSERT_TRUE(server.WaitForScripts(1, 5000));
   ASSERT_EQ(server.Requests().size(), 1u);
   EXPECT_EQ(server.Requests()[0].substr(0, 20), "GET / HTTP/1.0\r\nHost");
 }
@@ -216,6 +218,8 @@ TEST_F(NetStreamTest, ProxyGetsTheWholeAddressAndTheOriginsHost) {
     EXPECT_EQ(ReadUpTo(7), "proxied");
     stream.Disconnect();
   }
+  ASSERT_TRUE(proxy.WaitForScripts(2, 5000));
+  ASSERT_EQ(proxy.Requests().size(), 2u);
   for (const std::string& request : proxy.Requests()) {
     EXPECT_EQ(request.substr(0, request.find("Accept")),
               "GET http://radio.invalid:8000/live HTTP/1.0\r\nHost: radio.invalid:8000\r\n");
