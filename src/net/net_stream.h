@@ -12,8 +12,9 @@
 //   decode thread          Connect(): blocks until the server's header is in,
 //                          the connection fails, or Disconnect is called
 //                          Read(buffer, n, &got) as often as it likes:
-//                          blocks until bytes are there; `got` may fall
-//                          short of n only at the end of the stream
+//                          blocks until n bytes are there (n at most the
+//                          buffer's size less 2048); `got` falls short of
+//                          n only at the end of the stream
 //                          BytesAvailable() and HasEnded() to decide how
 //                          much to ask for; Disconnect() when it is done
 //   Stop (window thread)   Disconnect(): breaks every wait above at once
@@ -104,10 +105,11 @@ class NetStream {
   virtual bool IsConnected();
   // 9. True once the server has closed the stream.
   virtual bool HasEnded();
-  // 10. Decoder's thread. Delivers up to `count` audio bytes, without
-  //     metadata, and sets `got`. Waits while the buffer holds too little
-  //     (see above). False with `got` 0 after a Disconnect or when nothing
-  //     is left; a null `got` fails.
+  // 10. Decoder's thread. Delivers `count` audio bytes, without metadata,
+  //     and sets `got`; fewer only after the stream's end, and never more
+  //     than the buffer's size less kMinimumRoom (2048) in one call. Waits
+  //     while the buffer holds too little (see above). False with `got` 0
+  //     after a Disconnect or when nothing is left; a null `got` fails.
   virtual bool Read(void* destination, std::uint32_t count, std::uint32_t* got);
   // 11. The header's icy-name, icy-genre and icy-url; each destination may be
   //     null and gets "" first. False when all three are empty.

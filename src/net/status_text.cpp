@@ -1,5 +1,7 @@
 #include "net/status_text.h"
 
+#include "platform/text.h"
+
 namespace net {
 
 std::string FillIn(std::string_view format, std::string_view value) {
@@ -20,7 +22,7 @@ std::string FillIn(std::string_view format, std::string_view value) {
       text += c;
     }
   }
-  return text;
+  return platform::TruncateToUtf16Units(text, kStatusTextUnits);
 }
 
 }  // namespace net

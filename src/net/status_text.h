@@ -10,11 +10,15 @@
 // put in by FillIn, never by printf.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace net {
+
+// A status text keeps at most this many UTF-16 units.
+inline constexpr std::size_t kStatusTextUnits = 255;
 
 enum StatusMode : std::intptr_t {
   kModeTitle = 0,
@@ -33,7 +37,8 @@ enum StatusTextId : std::uint32_t {
 };
 
 // `format` with its first %s or %d replaced by `value` and each %% by %;
-// any other % sequence is kept as it stands.
+// any other % sequence is kept as it stands. The result is cut to
+// kStatusTextUnits UTF-16 units.
 std::string FillIn(std::string_view format, std::string_view value);
 
 }  // namespace net

@@ -97,6 +97,7 @@ TEST(StatusText, FillsInTheOneValue) {
   EXPECT_EQ(FillIn("Prebuffering:%d%%", "42"), "Prebuffering:42%");
   EXPECT_EQ(FillIn("%d%% %s %n %", "7"), "7% %s %n %");
   EXPECT_EQ(FillIn("No value", "x"), "No value");
+  EXPECT_EQ(FillIn("Connecting %s", std::string(400, 'h')), "Connecting " + std::string(255 - 11, 'h'));
 }
 
 }  // namespace
