@@ -71,8 +71,8 @@ void ReadsFromAFullBuffer(benchmark::State& state) {
     benchmark::DoNotOptimize(out.data());
   }
   state.SetBytesProcessed(delivered);
-  state.counters["x_realtime"] = benchmark::Counter(static_cast<double>(delivered) / kFastestStreamBytesPerSecond,
-                                                    benchmark::Counter::kIsRate);
+  state.counters["x_realtime"] = benchmark::Counter(
+      static_cast<double>(delivered) / kFastestStreamBytesPerSecond, benchmark::Counter::kIsRate);
 }
 BENCHMARK(ReadsFromAFullBuffer)->Arg(2048)->Arg(4096);
 

@@ -11,7 +11,6 @@
 #include <system_error>
 #include <thread>
 
-
 namespace net {
 namespace {
 

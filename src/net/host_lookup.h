@@ -20,7 +20,8 @@ namespace net {
 
 // Fills `addresses` for `host` and `port`, in the order to try; false when the
 // host is unknown. May block.
-using HostLookup = std::function<bool(const std::string& host, std::uint16_t port, std::vector<SocketAddress>& addresses)>;
+using HostLookup =
+    std::function<bool(const std::string& host, std::uint16_t port, std::vector<SocketAddress>& addresses)>;
 
 // The system's resolver (getaddrinfo, IPv4 and IPv6, TCP).
 bool SystemHostLookup(const std::string& host, std::uint16_t port, std::vector<SocketAddress>& addresses);

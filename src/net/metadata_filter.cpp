@@ -67,7 +67,7 @@ std::size_t MetadataFilter::Filter(std::uint8_t* bytes, std::size_t count, std::
       pendingLength = 1;
       metaCountdown = -static_cast<std::int64_t>(pendingBlock[0]) * 16;
       if (metaCountdown == 0) metaCountdown = metaInterval;  // an empty block changes nothing
-    } else {  // the block in progress
+    } else {                                                 // the block in progress
       const std::size_t take = std::min(static_cast<std::size_t>(-metaCountdown), left);
       std::memcpy(pendingBlock.data() + pendingLength, bytes + read, take);
       pendingLength += take;
@@ -85,7 +85,8 @@ void MetadataFilter::BlockComplete(std::vector<std::string>* titles) {
   pendingLength = 0;
   metaCountdown = metaInterval;
   std::string title;
-  if (titles != nullptr && ExtractStreamTitle(metaBlock.data(), metaLength, title)) titles->push_back(std::move(title));
+  if (titles != nullptr && ExtractStreamTitle(metaBlock.data(), metaLength, title))
+    titles->push_back(std::move(title));
 }
 
 bool MetadataFilter::GetStreamTitle(std::string& title) const {

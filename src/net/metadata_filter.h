@@ -71,7 +71,7 @@ class MetadataFilter {
   std::int64_t metaCountdown = 0;
   std::array<std::uint8_t, kMaxMetadataBlockBytes> pendingBlock{};  // the block in progress
   std::size_t pendingLength = 0;
-  std::array<std::uint8_t, kMaxMetadataBlockBytes> metaBlock{};     // the last whole block
+  std::array<std::uint8_t, kMaxMetadataBlockBytes> metaBlock{};  // the last whole block
   std::size_t metaLength = 0;
 };
 

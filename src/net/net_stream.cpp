@@ -16,7 +16,9 @@ namespace net {
 
 NetStream::NetStream() = default;
 
-NetStream::~NetStream() { Disconnect(); }
+NetStream::~NetStream() {
+  Disconnect();
+}
 
 std::uint32_t NetStream::BytesAvailable() {
   std::lock_guard guard(bufferLock);
@@ -30,9 +32,13 @@ bool NetStream::SetUrl(const std::string& address) {
   return true;
 }
 
-void NetStream::SetNotifyWindow(platform::MessageTarget* target) { window.store(target); }
+void NetStream::SetNotifyWindow(platform::MessageTarget* target) {
+  window.store(target);
+}
 
-void NetStream::SetTimeout(int milliseconds) { timeoutMs.store(std::max(milliseconds, 1)); }
+void NetStream::SetTimeout(int milliseconds) {
+  timeoutMs.store(std::max(milliseconds, 1));
+}
 
 void NetStream::SetHostLookup(HostLookup lookup) {
   std::lock_guard guard(urlLock);
@@ -44,7 +50,9 @@ std::shared_ptr<StreamSession> NetStream::CurrentSession() {
   return session;
 }
 
-bool NetStream::IsConnected() { return CurrentSession() != nullptr; }
+bool NetStream::IsConnected() {
+  return CurrentSession() != nullptr;
+}
 
 bool NetStream::HasEnded() {
   std::lock_guard guard(bufferLock);
@@ -57,10 +65,12 @@ std::shared_ptr<StreamSession> NetStream::MakeSession() {
   const playback::PlaybackSettings& settings = playback::Playback();
   auto fresh = std::make_shared<StreamSession>();
   if (!fresh->stop.Valid()) return nullptr;
-  std::uint64_t size = std::clamp(settings.streamBufferSize.load(std::memory_order_relaxed), kMinimumBufferSize,
-                                  kMaximumBufferSize);
-  const std::uint64_t prebuffer = std::min<std::uint32_t>(settings.prebufferPercent.load(std::memory_order_relaxed), 100);
-  const std::uint64_t rebuffer = std::min<std::uint32_t>(settings.rebufferPercent.load(std::memory_order_relaxed), 100);
+  std::uint64_t size = std::clamp(settings.streamBufferSize.load(std::memory_order_relaxed),
+                                  kMinimumBufferSize, kMaximumBufferSize);
+  const std::uint64_t prebuffer =
+      std::min<std::uint32_t>(settings.prebufferPercent.load(std::memory_order_relaxed), 100);
+  const std::uint64_t rebuffer =
+      std::min<std::uint32_t>(settings.rebufferPercent.load(std::memory_order_relaxed), 100);
   fresh->prebufferBytes = static_cast<std::uint32_t>(prebuffer * size / 100);
   fresh->rebufferBytes = static_cast<std::uint32_t>(rebuffer * size / 100);
   fresh->buffer.reset(new (std::nothrow) std::uint8_t[size]());
@@ -211,7 +221,8 @@ bool NetStream::WaitForData(StreamSession& s, std::uint32_t need) {
     std::lock_guard guard(bufferLock);
     if (s.stop.Raised()) return false;
     const std::uint32_t target =
-        std::min(std::max(s.underrunCount != 0 ? s.rebufferBytes : s.prebufferBytes, need), s.bufferSize - kMinimumRoom);
+        std::min(std::max(s.underrunCount != 0 ? s.rebufferBytes : s.prebufferBytes, need),
+                 s.bufferSize - kMinimumRoom);
     if (target <= s.fill || s.finished) return true;
     s.buffering = true;
     s.dataEvent.Reset();

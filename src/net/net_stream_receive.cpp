@@ -74,20 +74,24 @@ void NetStream::ReceiveLoop(StreamSession& s, int socket) {
   for (;;) {
     if (!WaitForRoom(s)) return;
     switch (WaitForSocket(socket, POLLIN, s.stop, s.request.timeoutMs)) {
-      case WaitResult::kReady: break;
+      case WaitResult::kReady:
+        break;
       case WaitResult::kTimeout:
         PostNextTrack();  // the server has gone quiet
         return;
       case WaitResult::kStopped:
-      case WaitResult::kFailed: return;
+      case WaitResult::kFailed:
+        return;
     }
     switch (ReceiveOnce(s, socket)) {
       case Received::kData:
-      case Received::kAgain: break;
+      case Received::kAgain:
+        break;
       case Received::kLarge:
         if (s.stop.Event().Wait(kPauseAfterLargeReceiveMs)) return;
         break;
-      case Received::kClosed: return;
+      case Received::kClosed:
+        return;
       case Received::kFailed:
         PostNextTrack();
         return;

@@ -36,12 +36,12 @@ inline constexpr int kStatusOk = 200;
 inline constexpr int kStatusFound = 302;
 
 struct ResponseHeader {
-  int status = 0;                        // 0 when the status line has no number
-  std::string stationName;               // icy-name, as UTF-8
-  std::string stationGenre;              // icy-genre
-  std::string stationUrl;                // icy-url
-  std::uint32_t metaInterval = 0;        // icy-metaint; 0 without metadata
-  std::optional<std::string> location;   // Location, raw bytes
+  int status = 0;                       // 0 when the status line has no number
+  std::string stationName;              // icy-name, as UTF-8
+  std::string stationGenre;             // icy-genre
+  std::string stationUrl;               // icy-url
+  std::uint32_t metaInterval = 0;       // icy-metaint; 0 without metadata
+  std::optional<std::string> location;  // Location, raw bytes
 };
 
 // Offset just behind the "\r\n\r\n" that ends the header, or nullopt while

@@ -51,16 +51,21 @@ WaitResult WaitForSocket(int fd, short events, const StopSignal& stop, int timeo
   }
 }
 
-ConnectResult ConnectSocket(const SocketAddress& address, const StopSignal& stop, int timeoutMs, Socket& socket) {
+ConnectResult ConnectSocket(const SocketAddress& address, const StopSignal& stop, int timeoutMs,
+                            Socket& socket) {
   Socket candidate(::socket(address.storage.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!candidate.Valid()) return ConnectResult::kFailed;
-  if (::connect(candidate.Descriptor(), reinterpret_cast<const sockaddr*>(&address.storage), address.length) != 0) {
+  if (::connect(candidate.Descriptor(), reinterpret_cast<const sockaddr*>(&address.storage),
+                address.length) != 0) {
     if (errno != EINPROGRESS && errno != EINTR) return ConnectResult::kFailed;
     switch (WaitForSocket(candidate.Descriptor(), POLLOUT, stop, timeoutMs)) {
-      case WaitResult::kReady: break;
-      case WaitResult::kStopped: return ConnectResult::kStopped;
+      case WaitResult::kReady:
+        break;
+      case WaitResult::kStopped:
+        return ConnectResult::kStopped;
       case WaitResult::kTimeout:
-      case WaitResult::kFailed: return ConnectResult::kFailed;
+      case WaitResult::kFailed:
+        return ConnectResult::kFailed;
     }
     int error = 0;
     socklen_t size = sizeof error;

@@ -51,7 +51,8 @@ WaitResult WaitForSocket(int fd, short events, const StopSignal& stop, int timeo
 enum class ConnectResult { kConnected, kFailed, kStopped };
 
 // Connects a new non-blocking socket to `address` within `timeoutMs`.
-ConnectResult ConnectSocket(const SocketAddress& address, const StopSignal& stop, int timeoutMs, Socket& socket);
+ConnectResult ConnectSocket(const SocketAddress& address, const StopSignal& stop, int timeoutMs,
+                            Socket& socket);
 
 // Sends all of `data`, waiting at most `timeoutMs` for room each time the
 // socket is full. False on an error, a timeout or a stop.

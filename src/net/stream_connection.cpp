@@ -27,7 +27,7 @@ class Opener {
 
  private:
   Step Exchange(const StreamUrl& parsed, const std::string& url, const std::optional<HostAndPort>& proxy,
-               Socket& socket, std::string& received, std::size_t& headerLength);
+                Socket& socket, std::string& received, std::size_t& headerLength);
   Step Connect(const HostAndPort& server, Socket& socket);
   Step FindAddresses(const HostAndPort& server, std::vector<SocketAddress>& addresses);
   Step ReadHeader(int fd, std::string& received, std::size_t& headerLength);
@@ -72,8 +72,9 @@ OpenResult Opener::Run(OpenedStream& opened) {
 }
 
 // Connects, sends the request and reads the response header.
-Step Opener::Exchange(const StreamUrl& parsed, const std::string& url, const std::optional<HostAndPort>& proxy,
-                      Socket& socket, std::string& received, std::size_t& headerLength) {
+Step Opener::Exchange(const StreamUrl& parsed, const std::string& url,
+                      const std::optional<HostAndPort>& proxy, Socket& socket, std::string& received,
+                      std::size_t& headerLength) {
   const Step connected = Connect(proxy ? *proxy : parsed.server, socket);
   if (connected != Step::kDone) return connected;
   const std::string get = BuildRequest(parsed, url, proxy.has_value(), request.userAgent);
@@ -86,9 +87,12 @@ Step Opener::FindAddresses(const HostAndPort& server, std::vector<SocketAddress>
   Post(kTextResolvingHost, kModeStatus);
   const HostLookup& lookup = request.lookup ? request.lookup : HostLookup(SystemHostLookup);
   switch (LookUpInterruptibly(lookup, server.host, server.port, stop, addresses)) {
-    case LookupResult::kFound: return Step::kDone;
-    case LookupResult::kStopped: return Step::kStopped;
-    case LookupResult::kUnknown: break;
+    case LookupResult::kFound:
+      return Step::kDone;
+    case LookupResult::kStopped:
+      return Step::kStopped;
+    case LookupResult::kUnknown:
+      break;
   }
   Post(kTextCantResolveHost, kModeStatusForASecond);
   return Step::kReported;
@@ -100,9 +104,12 @@ Step Opener::Connect(const HostAndPort& server, Socket& socket) {
   Post(kTextConnecting, kModeStatus, server.host);
   for (const SocketAddress& address : addresses) {
     switch (ConnectSocket(address, stop, request.timeoutMs, socket)) {
-      case ConnectResult::kConnected: return Step::kDone;
-      case ConnectResult::kStopped: return Step::kStopped;
-      case ConnectResult::kFailed: break;
+      case ConnectResult::kConnected:
+        return Step::kDone;
+      case ConnectResult::kStopped:
+        return Step::kStopped;
+      case ConnectResult::kFailed:
+        break;
     }
   }
   report(nullptr, kModeStatus);
@@ -117,10 +124,13 @@ Step Opener::ReadHeader(int fd, std::string& received, std::size_t& headerLength
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
     if (left <= 0) return Step::kFailed;
     switch (WaitForSocket(fd, POLLIN, stop, static_cast<int>(left))) {
-      case WaitResult::kReady: break;
-      case WaitResult::kStopped: return Step::kStopped;
+      case WaitResult::kReady:
+        break;
+      case WaitResult::kStopped:
+        return Step::kStopped;
       case WaitResult::kTimeout:
-      case WaitResult::kFailed: return Step::kFailed;
+      case WaitResult::kFailed:
+        return Step::kFailed;
     }
     const ssize_t got = ::recv(fd, area + held, kHeaderAreaBytes - 1 - held, 0);
     if (got < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) continue;
@@ -149,8 +159,8 @@ void Opener::Post(std::uint32_t textId, StatusMode mode, std::string_view value)
 
 }  // namespace
 
-OpenResult OpenStreamConnection(const ConnectionRequest& request, StopSignal& stop, const StatusReport& report,
-                                OpenedStream& opened) {
+OpenResult OpenStreamConnection(const ConnectionRequest& request, StopSignal& stop,
+                                const StatusReport& report, OpenedStream& opened) {
   return Opener(request, stop, report).Run(opened);
 }
 

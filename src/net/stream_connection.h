@@ -42,8 +42,8 @@ struct ConnectionRequest {
   std::string url;
   std::string proxyAddress;  // empty for none
   std::string userAgent;
-  int timeoutMs = 10000;     // connect, header, and each wait of a send
-  HostLookup lookup;         // SystemHostLookup unless a test gives another
+  int timeoutMs = 10000;  // connect, header, and each wait of a send
+  HostLookup lookup;      // SystemHostLookup unless a test gives another
 };
 
 struct OpenedStream {
@@ -54,7 +54,7 @@ struct OpenedStream {
 
 enum class OpenResult { kOpened, kFailed, kStopped };
 
-OpenResult OpenStreamConnection(const ConnectionRequest& request, StopSignal& stop, const StatusReport& report,
-                                OpenedStream& opened);
+OpenResult OpenStreamConnection(const ConnectionRequest& request, StopSignal& stop,
+                                const StatusReport& report, OpenedStream& opened);
 
 }  // namespace net

@@ -28,20 +28,20 @@ struct StreamSession {
   std::uint32_t prebufferBytes = 0;  // held before the first read
   std::uint32_t rebufferBytes = 0;   // held before a read after an underrun
 
-  StopSignal stop;                             // raised by Disconnect only
-  platform::Event connectedEvent;              // the header has been read
-  platform::Event endedEvent;                  // the receive thread has finished
-  platform::Event roomEvent{true, true};       // the buffer has kMinimumRoom free
-  platform::Event dataEvent;                   // fill has reached waitTarget
+  StopSignal stop;                        // raised by Disconnect only
+  platform::Event connectedEvent;         // the header has been read
+  platform::Event endedEvent;             // the receive thread has finished
+  platform::Event roomEvent{true, true};  // the buffer has kMinimumRoom free
+  platform::Event dataEvent;              // fill has reached waitTarget
 
   // Guarded by NetStream::bufferLock.
   std::unique_ptr<std::uint8_t[]> buffer;
-  std::uint32_t fill = 0;          // bytes held, from buffer[0]
-  std::uint32_t waitTarget = 0;    // what a waiting Read needs; 0 when none waits
+  std::uint32_t fill = 0;        // bytes held, from buffer[0]
+  std::uint32_t waitTarget = 0;  // what a waiting Read needs; 0 when none waits
   std::uint32_t underrunCount = 0;
-  bool buffering = true;           // until a wait has reached its target
-  bool serverClosed = false;       // the server ended the stream
-  bool finished = false;           // the receive thread has left its loop
+  bool buffering = true;      // until a wait has reached its target
+  bool serverClosed = false;  // the server ended the stream
+  bool finished = false;      // the receive thread has left its loop
 };
 
 }  // namespace net

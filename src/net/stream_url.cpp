@@ -5,7 +5,9 @@
 namespace net {
 namespace {
 
-bool EndsHost(char c) { return c == ':' || c == '/' || c == '?' || c == '#'; }
+bool EndsHost(char c) {
+  return c == ':' || c == '/' || c == '?' || c == '#';
+}
 
 // Reads "host[:port]" from the start of `text`; `rest` is what follows.
 std::optional<HostAndPort> ParseAuthority(std::string_view text, std::string_view& rest) {

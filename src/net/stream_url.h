@@ -23,13 +23,13 @@ namespace net {
 inline constexpr std::string_view kHttpPrefix = "http://";
 
 struct HostAndPort {
-  std::string host;         // without brackets
+  std::string host;  // without brackets
   std::uint16_t port = 80;
 };
 
 struct StreamUrl {
   HostAndPort server;
-  std::string target;       // from the first '/' after the host; "/" when none
+  std::string target;  // from the first '/' after the host; "/" when none
 };
 
 // Parses "http://host[:port][/target]"; the scheme is compared without regard

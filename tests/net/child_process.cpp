@@ -38,7 +38,8 @@ bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string
   if (pid == 0) {
     // Only system calls from here to exec: the parent has threads.
     if (user) {
-      if (::setgroups(0, nullptr) != 0 || ::setgid(user->second) != 0 || ::setuid(user->first) != 0) ::_exit(126);
+      if (::setgroups(0, nullptr) != 0 || ::setgid(user->second) != 0 || ::setuid(user->first) != 0)
+        ::_exit(126);
     }
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() != parent) ::_exit(125);

@@ -21,9 +21,11 @@ bool FaultConnection::ReadRequest() {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kRequestTimeoutMs);
   char chunk[1024];
   while (request.find("\r\n\r\n") == std::string::npos && request.size() < kMaxRequestBytes) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0) return false;
-    if (net::WaitForSocket(fd, POLLIN, stop, static_cast<int>(left.count())) != net::WaitResult::kReady) return false;
+    if (net::WaitForSocket(fd, POLLIN, stop, static_cast<int>(left.count())) != net::WaitResult::kReady)
+      return false;
     const ssize_t got = ::recv(fd, chunk, sizeof chunk, MSG_DONTWAIT);
     if (got < 0 && (errno == EAGAIN || errno == EINTR)) continue;
     if (got <= 0) return false;
@@ -39,7 +41,9 @@ std::string FaultConnection::Target() const {
   return request.substr(start + 1, end == std::string::npos ? std::string::npos : end - start - 1);
 }
 
-bool FaultConnection::Send(std::string_view bytes) { return net::SendAll(fd, bytes, stop, 5000); }
+bool FaultConnection::Send(std::string_view bytes) {
+  return net::SendAll(fd, bytes, stop, 5000);
+}
 
 bool FaultConnection::SendSlowly(std::string_view bytes, std::size_t piece, int pauseMs) {
   while (!bytes.empty()) {
@@ -69,9 +73,11 @@ bool FaultConnection::StallUntilClosed() {
           if (::recv(fd, sink, sizeof sink, MSG_DONTWAIT) == 0) return true;
         }
         break;
-      case net::WaitResult::kTimeout: break;
+      case net::WaitResult::kTimeout:
+        break;
       case net::WaitResult::kStopped:
-      case net::WaitResult::kFailed: return false;
+      case net::WaitResult::kFailed:
+        return false;
     }
   }
 }
@@ -90,7 +96,8 @@ FaultServer::FaultServer(Script run) : script(std::move(run)) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
   if (listener < 0 || ::bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      ::listen(listener, 16) != 0 || ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+      ::listen(listener, 16) != 0 ||
+      ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
     if (listener >= 0) ::close(listener);
     listener = -1;
     return;
@@ -117,7 +124,8 @@ std::vector<std::string> FaultServer::Requests() const {
 bool FaultServer::WaitForScripts(int count, int timeoutMs) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
   while (scriptsDone.load() < count) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0) return false;
     scriptDone.Wait(static_cast<int>(std::min<long long>(left.count(), 50)));
   }
@@ -143,7 +151,8 @@ void FaultServer::Serve() {
 }
 
 std::string RadioHeader(std::uint32_t metaInterval, std::string_view extra) {
-  std::string header = "ICY 200 OK\r\nicy-name:Fault Radio\r\nicy-genre:Test\r\nicy-url:http://fault.example/\r\n";
+  std::string header =
+      "ICY 200 OK\r\nicy-name:Fault Radio\r\nicy-genre:Test\r\nicy-url:http://fault.example/\r\n";
   if (metaInterval != 0) header += "icy-metaint:" + std::to_string(metaInterval) + "\r\n";
   header += extra;
   header += "\r\n";

@@ -75,10 +75,11 @@ bool IcecastServer::WriteConfiguration() {
       << "<client-timeout>30</client-timeout><header-timeout>15</header-timeout>"
       << "<source-timeout>30</source-timeout><burst-size>0</burst-size></limits>\n"
       << "  <authentication><source-password>" << kSourcePassword << "</source-password>"
-      << "<admin-user>admin</admin-user><admin-password>" << kAdminPassword << "</admin-password></authentication>\n"
-      << "  <listen-socket><port>" << port << "</port><bind-address>127.0.0.1</bind-address></listen-socket>\n"
-      << MountSection("/test.mp3") << MountSection("/live.mp3")
-      << "  <fileserve>1</fileserve>\n"
+      << "<admin-user>admin</admin-user><admin-password>" << kAdminPassword
+      << "</admin-password></authentication>\n"
+      << "  <listen-socket><port>" << port
+      << "</port><bind-address>127.0.0.1</bind-address></listen-socket>\n"
+      << MountSection("/test.mp3") << MountSection("/live.mp3") << "  <fileserve>1</fileserve>\n"
       << "  <paths><basedir>" << dir << "</basedir><logdir>" << dir << "</logdir><pidfile>" << dir
       << "/icecast.pid</pidfile><webroot>/usr/share/icecast2/web</webroot>"
       << "<adminroot>/usr/share/icecast2/admin</adminroot></paths>\n"
@@ -123,7 +124,9 @@ bool IcecastServer::WaitUntilListening(int timeoutMs) {
 }
 
 // The server keeps nothing worth a graceful end, and it takes a second for one.
-void IcecastServer::Stop() { process.Terminate(100); }
+void IcecastServer::Stop() {
+  process.Terminate(100);
+}
 
 std::string IcecastServer::Url(std::string_view mount) const {
   return "http://127.0.0.1:" + std::to_string(port) + std::string(mount);
@@ -141,8 +144,9 @@ std::string IcecastServer::Log() const {
 }
 
 bool IcecastServer::UpdateTitle(std::string_view mount, std::string_view title, std::string& error) {
-  const std::string request = "GET /admin/metadata?mount=" + UrlEncode(mount) + "&mode=updinfo&charset=UTF-8&song=" +
-                              UrlEncode(title) + " HTTP/1.0\r\nAuthorization: Basic " +
+  const std::string request = "GET /admin/metadata?mount=" + UrlEncode(mount) +
+                              "&mode=updinfo&charset=UTF-8&song=" + UrlEncode(title) +
+                              " HTTP/1.0\r\nAuthorization: Basic " +
                               Base64(std::string("admin:") + kAdminPassword) + "\r\n\r\n";
   const std::string answer = HttpExchange(port, request, 3000);
   if (answer.find("<return>1</return>") != std::string::npos) return true;
@@ -179,7 +183,9 @@ bool IcecastSource::Connect(std::uint16_t port, std::string_view mount, std::str
   return answer.rfind("HTTP/1.0 200", 0) == 0;
 }
 
-bool IcecastSource::Send(std::string_view bytes) { return net::SendAll(socket.Descriptor(), bytes, stop, 5000); }
+bool IcecastSource::Send(std::string_view bytes) {
+  return net::SendAll(socket.Descriptor(), bytes, stop, 5000);
+}
 
 bool IcecastSource::SendPaced(std::string_view bytes, std::size_t piece, int pauseMs) {
   while (!bytes.empty()) {
@@ -225,7 +231,8 @@ std::string UrlEncode(std::string_view text) {
 std::string HttpExchange(std::uint16_t port, const std::string& request, int timeoutMs) {
   net::Socket socket;
   net::StopSignal never;
-  if (!ConnectLoopback(port, socket, timeoutMs) || !net::SendAll(socket.Descriptor(), request, never, timeoutMs)) {
+  if (!ConnectLoopback(port, socket, timeoutMs) ||
+      !net::SendAll(socket.Descriptor(), request, never, timeoutMs)) {
     return "";
   }
   std::string answer;

@@ -17,7 +17,7 @@ std::size_t Mp3FrameLength(const unsigned char* p) {
       {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 0}};     // MPEG-2 and 2.5
   static constexpr int kRates[3] = {44100, 48000, 32000};
   if (p[0] != 0xFF || (p[1] & 0xE0) != 0xE0 || (p[1] & 0x06) != 0x02) return 0;  // sync, layer III
-  const int version = (p[1] >> 3) & 3;                                          // 3 MPEG-1, 2 MPEG-2, 0 MPEG-2.5
+  const int version = (p[1] >> 3) & 3;  // 3 MPEG-1, 2 MPEG-2, 0 MPEG-2.5
   if (version == 1) return 0;
   const int bitrate = kBitrates[version == 3 ? 0 : 1][p[2] >> 4];
   const int rateIndex = (p[2] >> 2) & 3;

@@ -17,9 +17,15 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 using net_testing::Interleave;
 
-Bytes ToBytes(std::string_view text) { return Bytes(text.begin(), text.end()); }
-Bytes Block(std::string_view text) { return ToBytes(net_testing::MetadataBlock(text)); }
-Bytes TitleBlock(std::string_view title) { return ToBytes(net_testing::TitleBlock(title)); }
+Bytes ToBytes(std::string_view text) {
+  return Bytes(text.begin(), text.end());
+}
+Bytes Block(std::string_view text) {
+  return ToBytes(net_testing::MetadataBlock(text));
+}
+Bytes TitleBlock(std::string_view title) {
+  return ToBytes(net_testing::TitleBlock(title));
+}
 
 struct IcyStream {
   Bytes audio;
@@ -172,7 +178,8 @@ TEST(MetadataFilter, LongestBlockOfGarbageIsSwallowedWhole) {
   Bytes wire = ToBytes("abc");
   wire.push_back(255);
   std::mt19937 random(7);
-  for (int i = 0; i < 255 * 16; ++i) wire.push_back(static_cast<std::uint8_t>(random() | 1));  // no zero, no end
+  for (int i = 0; i < 255 * 16; ++i)
+    wire.push_back(static_cast<std::uint8_t>(random() | 1));  // no zero, no end
   const Bytes behind = ToBytes("def");
   wire.insert(wire.end(), behind.begin(), behind.end());
   const Filtered out = RunFilter(filter, wire, {1000, 77, 4000});
@@ -213,19 +220,21 @@ TEST_P(StreamTitleExtraction, ReadsTheTitleAsTheServerMeantIt) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, StreamTitleExtraction,
-    testing::Values(
-        TitleCase{"Plain", "StreamTitle='Artist - Song';StreamUrl='';", true, "Artist - Song"},
-        TitleCase{"EmptyBetweenTwoApostrophes", "StreamTitle='';", true, ""},
-        TitleCase{"ApostropheInside", "StreamTitle='Guns N' Roses - Patience';", true, "Guns N' Roses - Patience"},
-        TitleCase{"LastFieldWithoutSemicolon", "StreamUrl='x';StreamTitle='Tail'", true, "Tail"},
-        TitleCase{"NoEnd", "StreamTitle='never ends", false, ""},
-        TitleCase{"NoKey", "StreamUrl='http://radio.example/';", false, ""},
-        TitleCase{"KeyAtTheVeryEnd", "StreamTitle=", false, ""},
-        TitleCase{"ZeroByteEndsTheText", std::string("StreamTitle='cut\0here';", 23), false, ""},
-        TitleCase{"Windows1252", "StreamTitle='Caf\xe9 \x93Noir\x94';", true, "Caf\xc3\xa9 \xe2\x80\x9cNoir\xe2\x80\x9d"},
-        TitleCase{"Utf8", "StreamTitle='Bj\xc3\xb6rk - J\xc3\xb3ga';", true, "Bj\xc3\xb6rk - J\xc3\xb3ga"},
-        TitleCase{"LongTitleCutAt259Bytes", "StreamTitle='" + std::string(300, 'a') + "';", true,
-                  std::string(259, 'a')}),
+    testing::Values(TitleCase{"Plain", "StreamTitle='Artist - Song';StreamUrl='';", true, "Artist - Song"},
+                    TitleCase{"EmptyBetweenTwoApostrophes", "StreamTitle='';", true, ""},
+                    TitleCase{"ApostropheInside", "StreamTitle='Guns N' Roses - Patience';", true,
+                              "Guns N' Roses - Patience"},
+                    TitleCase{"LastFieldWithoutSemicolon", "StreamUrl='x';StreamTitle='Tail'", true, "Tail"},
+                    TitleCase{"NoEnd", "StreamTitle='never ends", false, ""},
+                    TitleCase{"NoKey", "StreamUrl='http://radio.example/';", false, ""},
+                    TitleCase{"KeyAtTheVeryEnd", "StreamTitle=", false, ""},
+                    TitleCase{"ZeroByteEndsTheText", std::string("StreamTitle='cut\0here';", 23), false, ""},
+                    TitleCase{"Windows1252", "StreamTitle='Caf\xe9 \x93Noir\x94';", true,
+                              "Caf\xc3\xa9 \xe2\x80\x9cNoir\xe2\x80\x9d"},
+                    TitleCase{"Utf8", "StreamTitle='Bj\xc3\xb6rk - J\xc3\xb3ga';", true,
+                              "Bj\xc3\xb6rk - J\xc3\xb3ga"},
+                    TitleCase{"LongTitleCutAt259Bytes", "StreamTitle='" + std::string(300, 'a') + "';", true,
+                              std::string(259, 'a')}),
     [](const testing::TestParamInfo<TitleCase>& parameter) { return std::string(parameter.param.name); });
 
 TEST(StreamTitleExtraction, LongUtf8TitleStaysValidWhenCut) {

@@ -3,10 +3,9 @@
 // or goes on correctly; none hangs, crashes or holds more memory than its
 // buffer.
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <future>
@@ -83,7 +82,8 @@ TEST_F(NetStreamFaultTest, CloseInTheMiddleOfTheHeaderFails) {
 
 TEST_F(NetStreamFaultTest, CloseInTheMiddleOfAMetadataBlockKeepsOnlyTheAudio) {
   FaultServer server([](FaultConnection& connection) {
-    if (connection.ReadRequest()) connection.Send(RadioHeader(6) + "audio!" + TitleBlock("Cut short").substr(0, 20));
+    if (connection.ReadRequest())
+      connection.Send(RadioHeader(6) + "audio!" + TitleBlock("Cut short").substr(0, 20));
   });
   ASSERT_TRUE(ConnectTo(server));
   EXPECT_EQ(ReadUpTo(100), "audio!");
@@ -119,7 +119,8 @@ TEST_F(NetStreamFaultTest, EndlessHeaderIsRefused) {
 TEST_F(NetStreamFaultTest, HeaderThatDripsForeverRunsOutOfTime) {
   stream.SetTimeout(kShortTimeoutMs);
   FaultServer server([](FaultConnection& connection) {
-    if (connection.ReadRequest()) connection.SendSlowly("HTTP/1.0 200 OK\r\n" + std::string(1000, 'x'), 1, 20);
+    if (connection.ReadRequest())
+      connection.SendSlowly("HTTP/1.0 200 OK\r\n" + std::string(1000, 'x'), 1, 20);
   });
   // Each byte comes well within the timeout; the header as a whole doesn't.
   EXPECT_FALSE(ConnectTo(server));
@@ -145,7 +146,8 @@ TEST_F(NetStreamFaultTest, StreamTitleWithoutEndGivesNoTitle) {
   const std::string audio = RandomBytes(200, 5);
   FaultServer server([&](FaultConnection& connection) {
     if (connection.ReadRequest()) {
-      connection.Send(RadioHeader(100) + Interleave(audio, 100, {MetadataBlock("StreamTitle='no end in sight")}));
+      connection.Send(RadioHeader(100) +
+                      Interleave(audio, 100, {MetadataBlock("StreamTitle='no end in sight")}));
     }
   });
   ASSERT_TRUE(ConnectTo(server));
@@ -167,7 +169,8 @@ TEST_F(NetStreamFaultTest, RedirectLoopEndsAfterTenRedirects) {
 
 TEST_F(NetStreamFaultTest, RedirectToAnotherSchemeFails) {
   FaultServer server([](FaultConnection& connection) {
-    if (connection.ReadRequest()) connection.Send("HTTP/1.0 302 Found\r\nLocation: https://secure.invalid/\r\n\r\n");
+    if (connection.ReadRequest())
+      connection.Send("HTTP/1.0 302 Found\r\nLocation: https://secure.invalid/\r\n\r\n");
   });
   EXPECT_FALSE(ConnectTo(server));
   EXPECT_TRUE(ToldCantEstablish());
@@ -184,7 +187,8 @@ TEST_F(NetStreamFaultTest, NotFoundFails) {
 TEST_F(NetStreamFaultTest, NonAudioBodyIsDeliveredAsItIsUntilItEnds) {
   const std::string page = "<html><body>" + std::string(5000, '.') + "</body></html>";
   FaultServer server([&](FaultConnection& connection) {
-    if (connection.ReadRequest()) connection.Send("HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n" + page);
+    if (connection.ReadRequest())
+      connection.Send("HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n" + page);
   });
   ASSERT_TRUE(ConnectTo(server));
   EXPECT_EQ(ReadUpTo(100000), page);
@@ -205,11 +209,13 @@ TEST_F(NetStreamFaultTest, RefusedConnectionIsReported) {
 }
 
 TEST_F(NetStreamFaultTest, UnknownHostIsReported) {
-  stream.SetHostLookup([](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) { return false; });
+  stream.SetHostLookup(
+      [](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) { return false; });
   ASSERT_TRUE(stream.SetUrl("http://radio.invalid/"));
   EXPECT_FALSE(stream.Connect());
   ASSERT_TRUE(log.WaitForText("Can't resolve host name", 5000));
-  EXPECT_EQ(log.StatusLines(), (std::vector<std::string>{"1:Resolving host...", "2:Can't resolve host name"}));
+  EXPECT_EQ(log.StatusLines(),
+            (std::vector<std::string>{"1:Resolving host...", "2:Can't resolve host name"}));
 }
 
 // Disconnect from each state of a connection, with Connect or Read waiting
@@ -220,11 +226,12 @@ TEST_F(NetStreamFaultTest, DisconnectWhileResolvingIsPrompt) {
   // thread outlives the connection, so it gets only what it can keep alive.
   auto release = std::make_shared<std::atomic<bool>>(false);
   auto finished = std::make_shared<std::atomic<bool>>(false);
-  stream.SetHostLookup([release, finished](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) {
-    while (!release->load()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    finished->store(true);
-    return false;
-  });
+  stream.SetHostLookup(
+      [release, finished](const std::string&, std::uint16_t, std::vector<net::SocketAddress>&) {
+        while (!release->load()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        finished->store(true);
+        return false;
+      });
   ASSERT_TRUE(stream.SetUrl("http://slow.invalid/"));
   auto connecting = std::async(std::launch::async, [&] { return stream.Connect(); });
   ASSERT_TRUE(log.WaitForText("Resolving host...", 5000));
@@ -273,7 +280,8 @@ TEST_F(NetStreamFaultTest, DisconnectWhileReadingTheHeaderIsPrompt) {
 
 TEST_F(NetStreamFaultTest, DisconnectWhileBufferingIsPromptAndTheReadFails) {
   FaultServer server([](FaultConnection& connection) {
-    if (connection.ReadRequest() && connection.Send(RadioHeader() + "not enough")) connection.StallUntilClosed();
+    if (connection.ReadRequest() && connection.Send(RadioHeader() + "not enough"))
+      connection.StallUntilClosed();
   });
   ASSERT_TRUE(ConnectTo(server));
   std::uint32_t got = 99;
@@ -303,7 +311,8 @@ TEST_F(NetStreamFaultTest, DisconnectWhilePlayingAndWhileTheBufferIsFullIsPrompt
       }
     });
     ASSERT_TRUE(log.WaitUntil([&](const auto&) { return stream.BytesAvailable() > 0 || reading; }, 5000));
-    std::this_thread::sleep_for(std::chrono::milliseconds(reading ? 300 : 1500));  // without a reader it fills up
+    std::this_thread::sleep_for(
+        std::chrono::milliseconds(reading ? 300 : 1500));  // without a reader it fills up
     EXPECT_LT(MillisecondsOf([&] { stream.Disconnect(); }), kPromptMs) << (reading ? "playing" : "full");
     stop = true;
     reader.get();

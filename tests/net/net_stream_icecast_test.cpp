@@ -38,13 +38,24 @@ class IcecastStreamTest : public NetStreamTest {
   void StartLiveEncoder(const std::string& mount, const std::vector<std::string>& format) {
     const auto ffmpeg = FindProgram("ffmpeg");
     if (!ffmpeg) GTEST_SKIP() << "ffmpeg is not installed (scripts/install-deps.sh installs it)";
-    std::vector<std::string> argv = {*ffmpeg, "-nostdin", "-hide_banner", "-loglevel", "warning", "-re",
-                                     "-f", "lavfi", "-i", "anoisesrc=color=pink:amplitude=0.3:sample_rate=44100:duration=30",
-                                     "-ac", "2", "-flush_packets", "1"};
+    std::vector<std::string> argv = {*ffmpeg,
+                                     "-nostdin",
+                                     "-hide_banner",
+                                     "-loglevel",
+                                     "warning",
+                                     "-re",
+                                     "-f",
+                                     "lavfi",
+                                     "-i",
+                                     "anoisesrc=color=pink:amplitude=0.3:sample_rate=44100:duration=30",
+                                     "-ac",
+                                     "2",
+                                     "-flush_packets",
+                                     "1"};
     argv.insert(argv.end(), format.begin(), format.end());
     argv.insert(argv.end(), {"-ice_name", "Live Sine", "-ice_genre", "Synth",
-                             "icecast://source:" + std::string(IcecastServer::kSourcePassword) + "@127.0.0.1:" +
-                                 std::to_string(server.Port()) + mount});
+                             "icecast://source:" + std::string(IcecastServer::kSourcePassword) +
+                                 "@127.0.0.1:" + std::to_string(server.Port()) + mount});
     ASSERT_TRUE(encoder.Start(argv, logFolder.File("ffmpeg.log")));
     ASSERT_TRUE(server.WaitForMount(mount, 10000)) << ReadLog();
   }
@@ -121,7 +132,8 @@ TEST_F(IcecastStreamTest, OggStreamArrivesPacketForPacketAcrossAChangeOfLink) {
   for (std::size_t i = 0; i < sent.size(); ++i) {
     ASSERT_TRUE(packets[i].bytes == sent[i].bytes) << "packet " << i;
     if (i > 0) {
-      EXPECT_EQ(packets[i].serial == packets[i - 1].serial, sent[i].serial == sent[i - 1].serial) << "packet " << i;
+      EXPECT_EQ(packets[i].serial == packets[i - 1].serial, sent[i].serial == sent[i - 1].serial)
+          << "packet " << i;
     }
   }
   EXPECT_NE(sent.back().serial, sent.front().serial);
@@ -130,7 +142,8 @@ TEST_F(IcecastStreamTest, OggStreamArrivesPacketForPacketAcrossAChangeOfLink) {
 }
 
 TEST_F(IcecastStreamTest, LiveMp3FromAnEncoderDecodesFrameAfterFrameAndChangesTitle) {
-  StartLiveEncoder("/live.mp3", {"-c:a", "libmp3lame", "-b:a", "128k", "-content_type", "audio/mpeg", "-f", "mp3"});
+  StartLiveEncoder("/live.mp3",
+                   {"-c:a", "libmp3lame", "-b:a", "128k", "-content_type", "audio/mpeg", "-f", "mp3"});
   if (IsSkipped() || HasFatalFailure()) return;
   std::string error;
   ASSERT_TRUE(server.UpdateTitle("/live.mp3", "Live One", error)) << error;
@@ -155,7 +168,8 @@ TEST_F(IcecastStreamTest, LiveMp3FromAnEncoderDecodesFrameAfterFrameAndChangesTi
 }
 
 TEST_F(IcecastStreamTest, LiveOggFromAnEncoderStartsWithItsHeaders) {
-  StartLiveEncoder("/live.ogg", {"-c:a", "libvorbis", "-q:a", "1", "-content_type", "application/ogg", "-f", "ogg"});
+  StartLiveEncoder("/live.ogg",
+                   {"-c:a", "libvorbis", "-q:a", "1", "-content_type", "application/ogg", "-f", "ogg"});
   if (IsSkipped() || HasFatalFailure()) return;
   ASSERT_TRUE(stream.SetUrl(server.Url("/live.ogg")));
   ASSERT_TRUE(stream.Connect()) << ReadLog();

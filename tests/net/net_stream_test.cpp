@@ -19,7 +19,8 @@ namespace {
 
 TEST_F(NetStreamTest, DeliversTheAudioWithoutMetadataAndPostsEachTitle) {
   const std::string audio = RandomBytes(60000, 1);
-  const std::string wire = Interleave(audio, 1000, {TitleBlock("First"), std::string(1, '\0'), TitleBlock("Second")});
+  const std::string wire =
+      Interleave(audio, 1000, {TitleBlock("First"), std::string(1, '\0'), TitleBlock("Second")});
   FaultServer server([&](FaultConnection& connection) {
     if (connection.ReadRequest()) connection.SendSlowly(RadioHeader(1000) + wire, 7000, 5);
   });
@@ -97,8 +98,9 @@ TEST_F(NetStreamTest, StatusTextsComeInOrder) {
 
   const std::vector<std::string> lines = log.StatusLines();
   ASSERT_GE(lines.size(), 6u);
-  EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 3),
-            (std::vector<std::string>{"1:Resolving host...", "1:Connecting localhost", "1:Connected to server"}));
+  EXPECT_EQ(
+      std::vector<std::string>(lines.begin(), lines.begin() + 3),
+      (std::vector<std::string>{"1:Resolving host...", "1:Connecting localhost", "1:Connected to server"}));
   int lastPercent = -1;
   for (std::size_t i = 3; i + 2 < lines.size(); ++i) {
     int percent = -1;
@@ -233,7 +235,8 @@ TEST_F(NetStreamTest, RedirectsAreFollowedRelativeAndAbsolute) {
     const std::string target = connection.Target();
     if (target == "/a") connection.Send("HTTP/1.0 302 Found\r\nLocation: /b\r\n\r\n");
     if (target == "/b") {
-      connection.Send("HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" + std::to_string(port) + "/c\r\n\r\n");
+      connection.Send("HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" + std::to_string(port) +
+                      "/c\r\n\r\n");
     }
     if (target == "/c") connection.Send(RadioHeader() + "arrived");
   });

@@ -50,7 +50,8 @@ TEST(ResponseHeader, NamesIgnoreCaseAndValuesLoseLeadingBlanks) {
 }
 
 TEST(ResponseHeader, FieldsAfterTheEmptyLineAreAudioNotHeader) {
-  const ResponseHeader parsed = ParseResponseHeader("HTTP/1.0 200 OK\r\n\r\nicy-metaint:16\r\nicy-name:no\r\n");
+  const ResponseHeader parsed =
+      ParseResponseHeader("HTTP/1.0 200 OK\r\n\r\nicy-metaint:16\r\nicy-name:no\r\n");
   EXPECT_EQ(parsed.metaInterval, 0u);
   EXPECT_EQ(parsed.stationName, "");
 }
@@ -65,7 +66,8 @@ TEST(ResponseHeader, StationTextsAreBoundedAndConverted) {
 
   // 256 bytes of Windows-1252 that each become a character outside one
   // UTF-16 unit can't exist, but each é is one unit: the bound holds either way.
-  const ResponseHeader wide = ParseResponseHeader("ICY 200 OK\r\nicy-name:" + std::string(300, '\xe9') + "\r\n\r\n");
+  const ResponseHeader wide =
+      ParseResponseHeader("ICY 200 OK\r\nicy-name:" + std::string(300, '\xe9') + "\r\n\r\n");
   EXPECT_EQ(platform::Utf16Length(wide.stationName), kHeaderValueBytes);
 }
 

@@ -16,7 +16,8 @@ void NetStreamTest::TearDown() {
   playback::Playback().proxyAddress.clear();
 }
 
-void NetStreamTest::UseBuffer(std::uint32_t size, std::uint32_t prebufferPercent, std::uint32_t rebufferPercent) {
+void NetStreamTest::UseBuffer(std::uint32_t size, std::uint32_t prebufferPercent,
+                              std::uint32_t rebufferPercent) {
   playback::PlaybackSettings& settings = playback::Playback();
   settings.streamBufferSize.store(size);
   settings.prebufferPercent.store(prebufferPercent);

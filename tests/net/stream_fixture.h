@@ -20,7 +20,8 @@ class NetStreamTest : public testing::Test {
   void TearDown() override;
 
   // Sets the buffer settings for the next Connect.
-  static void UseBuffer(std::uint32_t size, std::uint32_t prebufferPercent = 25, std::uint32_t rebufferPercent = 50);
+  static void UseBuffer(std::uint32_t size, std::uint32_t prebufferPercent = 25,
+                        std::uint32_t rebufferPercent = 50);
   // Reads until `count` audio bytes have come or a Read fails, in reads of `piece`.
   std::string ReadUpTo(std::size_t count, std::uint32_t piece = 4096);
 
