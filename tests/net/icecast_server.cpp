@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -58,7 +60,30 @@ std::string MountSection(std::string_view mount) {
   return xml.str();
 }
 
+// True when every folder on the way to `path` lets other users through.
+bool OthersCanReach(const std::filesystem::path& path) {
+  for (std::filesystem::path at = path; !at.empty() && at != at.root_path(); at = at.parent_path()) {
+    std::error_code error;
+    const auto permissions = std::filesystem::status(at, error).permissions();
+    if (error || (permissions & std::filesystem::perms::others_exec) == std::filesystem::perms::none)
+      return false;
+  }
+  return true;
+}
+
 }  // namespace
+
+IcecastServer::ServerFolder::ServerFolder() {
+  std::filesystem::path base = std::filesystem::temp_directory_path();
+  if (ServerUser() && !OthersCanReach(base)) base = "/tmp";
+  std::string pattern = (base / "tavrinsonic-icecast-XXXXXX").string();
+  if (::mkdtemp(pattern.data()) != nullptr) path = pattern;
+}
+
+IcecastServer::ServerFolder::~ServerFolder() {
+  std::error_code error;
+  if (!path.empty()) std::filesystem::remove_all(path, error);
+}
 
 std::string IcecastServer::WhyUnavailable() {
   if (!FindProgram("icecast2")) return "icecast2 is not installed (scripts/install-deps.sh installs it)";
@@ -93,6 +118,10 @@ bool IcecastServer::WriteConfiguration() {
 bool IcecastServer::Start(std::string& error) {
   const auto program = FindProgram("icecast2");
   const auto user = ServerUser();
+  if (folder.Path().empty()) {
+    error = "can't make a temporary folder";
+    return false;
+  }
   if (user && ::chown(folder.Path().c_str(), user->first, user->second) != 0) {
     error = "can't hand the temporary folder to the server's user";
     return false;

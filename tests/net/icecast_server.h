@@ -16,7 +16,6 @@
 
 #include "child_process.h"
 #include "net/socket_io.h"
-#include "support/test_environment.h"
 
 namespace net_testing {
 
@@ -48,7 +47,20 @@ class IcecastServer {
   bool WriteConfiguration();
   bool WaitUntilListening(int timeoutMs);
 
-  testing_support::TemporaryDirectory folder;
+  // A folder of its own; under /tmp when the server runs as "nobody" and
+  // the usual temporary folder is closed to other users.
+  class ServerFolder {
+   public:
+    ServerFolder();
+    ~ServerFolder();
+    const std::string& Path() const { return path; }
+    std::string File(const std::string& name) const { return path + "/" + name; }
+
+   private:
+    std::string path;
+  };
+
+  ServerFolder folder;
   ChildProcess process;
   std::uint16_t port = 0;
 };

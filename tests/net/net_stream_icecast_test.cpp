@@ -11,6 +11,7 @@
 #include "icecast_server.h"
 #include "media_checks.h"
 #include "stream_fixture.h"
+#include "support/test_environment.h"
 
 namespace net_testing {
 namespace {
@@ -175,7 +176,8 @@ TEST_F(IcecastStreamTest, LiveOggFromAnEncoderStartsWithItsHeaders) {
   ASSERT_TRUE(stream.Connect()) << ReadLog();
   const std::string received = ReadUpTo(12000);
   const std::vector<OggPacket> packets = OggPackets(received);
-  ASSERT_GT(packets.size(), 10u);
+  ASSERT_GT(packets.size(), 10u) << received.size() << " bytes came, starting " << received.substr(0, 64) << "\n"
+                                 << ReadLog();
   EXPECT_EQ(packets[0].bytes.substr(0, 7), std::string("\x01vorbis", 7));
   EXPECT_EQ(packets[1].bytes.substr(0, 7), std::string("\x03vorbis", 7));
   EXPECT_EQ(packets[2].bytes.substr(0, 7), std::string("\x05vorbis", 7));
