@@ -31,8 +31,10 @@ bool ExtractStreamTitle(const std::uint8_t* block, std::size_t length, std::stri
   const std::size_t key = text.find(kTitleKey);
   if (key == std::string_view::npos || key + kTitleSkip > text.size()) return false;
   const std::size_t start = key + kTitleSkip;
-  std::size_t end = text.find("';", start);
-  if (end == std::string_view::npos) end = text.find('\'', start);
+  // The title ends at the next apostrophe, so one that holds an apostrophe
+  // itself is cut there ("Guns N' Roses" shows as "Guns N"). Servers don't
+  // escape it, and the player has always shown titles this way.
+  const std::size_t end = text.find('\'', start);
   if (end == std::string_view::npos) return false;
   const std::string_view raw = CutTitleBytes(text.substr(start, end - start));
   title = platform::TruncateToUtf16Units(platform::NarrowToUtf8(raw), kTitleUnits);
