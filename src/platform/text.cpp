@@ -65,6 +65,52 @@ std::size_t DecodeUtf8(std::string_view text, std::size_t i, char32_t& cp) {
   return length;
 }
 
+// UTF-8 to UTF-16; each byte that isn't part of a valid sequence becomes the
+// code point `fallback` gives for it.
+template <class Fallback>
+std::u16string EncodeUtf16(std::string_view text, Fallback fallback) {
+  std::u16string out;
+  out.reserve(text.size());
+  char32_t cp;
+  for (std::size_t i = 0; i < text.size();) {
+    std::size_t length = DecodeUtf8(text, i, cp);
+    if (length == 0) {
+      cp = fallback(static_cast<unsigned char>(text[i]));
+      length = 1;
+    }
+    if (cp >= 0x10000) {
+      out.push_back(static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
+    } else {
+      out.push_back(static_cast<char16_t>(cp));
+    }
+    i += length;
+  }
+  return out;
+}
+
+// UTF-16 to UTF-8. Unpaired surrogates become U+FFFD, except that with
+// `bytesFromLoneSurrogates` U+DC80 to U+DCFF become the byte they carry.
+std::string DecodeUtf16(std::u16string_view text, bool bytesFromLoneSurrogates) {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t cp = text[i];
+    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+        text[i + 1] <= 0xDFFF) {
+      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
+      ++i;
+    } else if (bytesFromLoneSurrogates && cp >= 0xDC80 && cp <= 0xDCFF) {
+      out.push_back(static_cast<char>(cp - 0xDC00));
+      continue;
+    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
+      cp = 0xFFFD;
+    }
+    AppendUtf8(out, cp);
+  }
+  return out;
+}
+
 }  // namespace
 
 bool IsValidUtf8(std::string_view bytes) {
@@ -97,20 +143,7 @@ std::string NarrowToUtf8(std::string_view bytes) {
 }
 
 std::string Utf16ToUtf8(std::u16string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t cp = text[i];
-    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-        text[i + 1] <= 0xDFFF) {
-      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
-      ++i;
-    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
-      cp = 0xFFFD;
-    }
-    AppendUtf8(out, cp);
-  }
-  return out;
+  return DecodeUtf16(text, /*bytesFromLoneSurrogates=*/false);
 }
 
 std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
@@ -125,65 +158,15 @@ std::string Utf16BytesToUtf8(std::string_view bytes, bool bigEndian) {
 }
 
 std::u16string Utf8ToUtf16(std::string_view text) {
-  std::u16string out;
-  out.reserve(text.size());
-  char32_t cp;
-  for (std::size_t i = 0; i < text.size();) {
-    std::size_t length = DecodeUtf8(text, i, cp);
-    if (length == 0) {
-      cp = Windows1252CodePoint(static_cast<unsigned char>(text[i]));
-      length = 1;
-    }
-    if (cp >= 0x10000) {
-      out.push_back(static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10)));
-      out.push_back(static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
-    } else {
-      out.push_back(static_cast<char16_t>(cp));
-    }
-    i += length;
-  }
-  return out;
+  return EncodeUtf16(text, [](unsigned char byte) { return Windows1252CodePoint(byte); });
 }
 
 std::u16string BytesToUtf16Lossless(std::string_view bytes) {
-  std::u16string out;
-  out.reserve(bytes.size());
-  char32_t cp;
-  for (std::size_t i = 0; i < bytes.size();) {
-    std::size_t length = DecodeUtf8(bytes, i, cp);
-    if (length == 0) {
-      cp = 0xDC00 + static_cast<unsigned char>(bytes[i]);
-      length = 1;
-    }
-    if (cp >= 0x10000) {
-      out.push_back(static_cast<char16_t>(0xD800 + ((cp - 0x10000) >> 10)));
-      out.push_back(static_cast<char16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
-    } else {
-      out.push_back(static_cast<char16_t>(cp));
-    }
-    i += length;
-  }
-  return out;
+  return EncodeUtf16(bytes, [](unsigned char byte) { return static_cast<char32_t>(0xDC00 + byte); });
 }
 
 std::string Utf16ToBytesLossless(std::u16string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t cp = text[i];
-    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
-        text[i + 1] <= 0xDFFF) {
-      cp = 0x10000 + ((cp - 0xD800) << 10) + (text[i + 1] - 0xDC00);
-      ++i;
-    } else if (cp >= 0xDC80 && cp <= 0xDCFF) {
-      out.push_back(static_cast<char>(cp - 0xDC00));
-      continue;
-    } else if (cp >= 0xD800 && cp <= 0xDFFF) {
-      cp = 0xFFFD;
-    }
-    AppendUtf8(out, cp);
-  }
-  return out;
+  return DecodeUtf16(text, /*bytesFromLoneSurrogates=*/true);
 }
 
 std::size_t Utf16Length(std::string_view utf8) {
