@@ -9,6 +9,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "platform/message_target.h"
 #include "platform/timers.h"
@@ -46,8 +47,9 @@ class MainWindow {
   // can't be made.
   virtual bool AttachMenuBar(MenuBar& bar) = 0;
   // The face: a child filling the window's skin area of `width` by `height`
-  // skin pixels. Null when it can't be made.
-  virtual SkinDisplay* CreateSkin(int width, int height) = 0;
+  // skin pixels, drawn from the skin in `skinDirectory` (ending in "/").
+  // Null when it can't be made: a missing or damaged skin.
+  virtual SkinDisplay* CreateSkin(int width, int height, const std::string& skinDirectory) = 0;
   virtual Dialogs& DialogLauncher() = 0;
   // The file picker and the small boxes the list's fills run; null while
   // the program has none.

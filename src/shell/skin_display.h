@@ -1,9 +1,8 @@
 // What the shell tells the player's face.
 //
-// The skin window (the face drawn from the user's skin) implements this; the
-// shell calls it on the window thread to show the title, the status line,
-// the track's figures and the state of the switches. Until a skin is loaded
-// the window shows a plain placeholder that implements the same calls.
+// The skin window (the face drawn from the skin in the install directory)
+// implements this; the shell calls it on the window thread to show the
+// title, the status line, the track's figures and the state of the switches.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +17,7 @@ class SkinDisplay {
   virtual void SetTitle(const std::string& text) = 0;
   // The status line; an empty text clears it.
   virtual void SetMessage(const std::string& text) = 0;
-  // Length in milliseconds, bit rate in bits per second, sample rate in Hz.
+  // Length in milliseconds, bit rate in kbit/s, sample rate in Hz.
   virtual void SetTrackFigures(std::uint32_t lengthMs, std::uint32_t bitRate, std::uint32_t sampleRate) = 0;
   // The VOLUME control, on the slider scale 0 to 1000.
   virtual void SetVolume(int slider) = 0;

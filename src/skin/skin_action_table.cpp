@@ -1,5 +1,7 @@
 #include "skin/skin_action_table.h"
 
+#include "platform/text.h"
+
 namespace skin {
 namespace {
 
@@ -47,7 +49,7 @@ int FindActionRow(std::string_view name) {
   if (name.empty()) return -1;
   const SkinActionTable& table = Actions();
   for (int row = 0; row < kActionRowCount; ++row) {
-    if (table[row].name == name) return row;
+    if (!table[row].name.empty() && platform::EqualsIgnoreCase(table[row].name, name)) return row;
   }
   return -1;
 }

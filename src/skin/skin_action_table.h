@@ -60,7 +60,8 @@ SkinActionTable& Actions();
 // The rows as shipped, with their default keys.
 const SkinActionTable& DefaultActions();
 
-// Row whose name equals `name` (exact case, as the skin format wants), or -1.
+// The first row whose name equals `name` in any case, as skins name their
+// controls, or -1; rows without a name never match.
 int FindActionRow(std::string_view name);
 
 }  // namespace skin

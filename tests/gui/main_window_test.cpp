@@ -15,7 +15,8 @@
 #include "shell/dialogs.h"
 #include "shell/menu.h"
 #include "shell/ui/menu_renderer.h"
-#include "shell/ui/placeholder_face.h"
+#include "shell/ui/skin_window_widget.h"
+#include "skin/skin_text.h"
 #include "shell/ui/soft_key_bar.h"
 #include "shell/window_messages.h"
 
@@ -71,7 +72,7 @@ TEST_F(MainWindowTest, TheMenuHasItsEntriesAtThePositionsTheCodeUses) {
 
 TEST_F(MainWindowTest, TheFaceIsTheSkinsAreaAtItsZoomAboveTheSoftKeys) {
   Start();
-  ui::PlaceholderFace* face = Window().Face();
+  ui::SkinWindowWidget* face = Window().Face();
   ASSERT_NE(face, nullptr);
   EXPECT_EQ(face->width(), 176 * Window().Zoom());
   EXPECT_EQ(face->height(), 180 * Window().Zoom());
@@ -135,9 +136,11 @@ TEST_F(MainWindowTest, PostsFromAWorkerAndTimersReachTheApplication) {
   ASSERT_TRUE(ProcessEventsUntil([&] { return app->Settings().shuffleEnabled; }));
   EXPECT_TRUE(app->Menu().IsChecked(shell::kCommandEnableShuffle));
 
+  const skin::SkinTitleBar* title = Window().Face()->Skin().Layout().TitleBar();
+  ASSERT_NE(title, nullptr) << "the base skin has a title line";
   app->ShowStatus("Seek to 00:10", 30);
-  EXPECT_EQ(Window().Face()->Message(), "Seek to 00:10");
-  ASSERT_TRUE(ProcessEventsUntil([&] { return Window().Face()->Message().empty(); }));
+  EXPECT_EQ(title->Message(), "Seek to 00:10");
+  ASSERT_TRUE(ProcessEventsUntil([&] { return title->Message().empty(); }));
 }
 
 TEST_F(MainWindowTest, AboutShowsTheVersionWithADoneKeyAndNeverOpensTwice) {

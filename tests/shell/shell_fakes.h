@@ -86,9 +86,10 @@ class FakeMainWindow : public shell::MainWindow {
     bar = &menuBar;
     return attachSucceeds;
   }
-  shell::SkinDisplay* CreateSkin(int width, int height) override {
+  shell::SkinDisplay* CreateSkin(int width, int height, const std::string& directory) override {
     skinWidth = width;
     skinHeight = height;
+    skinDirectory = directory;
     return skinSucceeds ? &skin : nullptr;
   }
   shell::Dialogs& DialogLauncher() override { return dialogs; }
@@ -109,6 +110,7 @@ class FakeMainWindow : public shell::MainWindow {
   FakeListDialogs listDialogs;
   shell::MenuBar* bar = nullptr;
   int skinWidth = 0, skinHeight = 0;
+  std::string skinDirectory;
   bool attachSucceeds = true, skinSucceeds = true;
   std::vector<std::string> events;
 };

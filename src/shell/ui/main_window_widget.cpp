@@ -8,7 +8,7 @@
 
 #include "platform/qt/virtual_keys.h"
 #include "shell/player_app.h"
-#include "shell/ui/placeholder_face.h"
+#include "shell/ui/skin_window_widget.h"
 #include "shell/ui/soft_key_bar.h"
 #include "shell/window_messages.h"
 
@@ -53,8 +53,12 @@ bool MainWindowWidget::AttachMenuBar(shell::MenuBar& bar) {
   return true;
 }
 
-shell::SkinDisplay* MainWindowWidget::CreateSkin(int width, int height) {
-  face = new PlaceholderFace(width, height, zoom, this);
+// The skin's size is fixed by its format: `width` and `height` are the
+// skin's 176 by 180 pixels, which the face shows at the window's zoom.
+shell::SkinDisplay* MainWindowWidget::CreateSkin(int, int, const std::string& skinDirectory) {
+  std::unique_ptr<SkinWindowWidget> skin = SkinWindowWidget::Create(skinDirectory, zoom, messages);
+  if (!skin) return nullptr;
+  face = skin.release();
   static_cast<QVBoxLayout*>(layout())->insertWidget(0, face);
   return face;
 }

@@ -23,7 +23,7 @@
 
 namespace ui {
 
-class PlaceholderFace;
+class SkinWindowWidget;
 class SoftKeyBar;
 
 // The zoom of the face for a work area: see above.
@@ -37,7 +37,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   platform::MessageTarget& Messages() override { return messages; }
   platform::Timers& Timers() override { return timers; }
   bool AttachMenuBar(shell::MenuBar& bar) override;
-  shell::SkinDisplay* CreateSkin(int width, int height) override;
+  shell::SkinDisplay* CreateSkin(int width, int height, const std::string& skinDirectory) override;
   shell::Dialogs& DialogLauncher() override { return dialogs; }
   playlist::PlaylistDialogs* PlaylistBoxes() override { return nullptr; }
   void Show() override;
@@ -46,7 +46,8 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   bool ActivateWindowBelow() override;
 
   SoftKeyBar* SoftKeys() const { return softKeys; }
-  PlaceholderFace* Face() const { return face; }
+  // The skin window, null until the skin is loaded.
+  SkinWindowWidget* Face() const { return face; }
   int Zoom() const { return zoom; }
   platform::qt::QtMessageTarget& Queue() { return messages; }
 
@@ -64,7 +65,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   QtDialogs dialogs;
   int zoom;
   shell::Rect area;
-  PlaceholderFace* face = nullptr;  // owned by the widget tree
+  SkinWindowWidget* face = nullptr;  // owned by the widget tree
   SoftKeyBar* softKeys = nullptr;   // owned by the widget tree
 };
 
