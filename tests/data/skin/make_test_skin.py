@@ -10,7 +10,7 @@ from PIL import Image, ImageDraw
 HERE = os.path.dirname(os.path.abspath(__file__))
 MAGENTA = (255, 0, 255)
 
-Image.new("RGB", (176, 180), (64, 64, 64)).convert("P").save(os.path.join(HERE, "background.bmp"))
+Image.new("RGB", (176, 180), (64, 64, 64)).convert("P", palette=Image.ADAPTIVE).save(os.path.join(HERE, "background.bmp"))
 
 sheet = Image.new("RGB", (80, 20), (0, 0, 0))
 draw = ImageDraw.Draw(sheet)
