@@ -15,6 +15,8 @@ packages=(
   lame mpg123 vorbis-tools sox ffmpeg icecast2
   # a display for headless runs and screenshots
   xvfb xauth
+  # the base skin's and the test skin's pictures are drawn by Python scripts
+  python3-pil fonts-dejavu-core
 )
 
 missing=()

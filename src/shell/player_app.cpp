@@ -167,7 +167,8 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   LoadSettings();
   if (equalizer && settings.extraBassEnabled) equalizer->SetBassMode(settings.extraBassStrength);
   currentDecoder = &idleDecoder;
-  skin = window->CreateSkin(kSkinWidth, kSkinHeight, platform::JoinPath(InstallDirectory(), "BaseSkin") + "/");
+  skin =
+      window->CreateSkin(kSkinWidth, kSkinHeight, platform::JoinPath(InstallDirectory(), "BaseSkin") + "/");
   if (skin == nullptr) return false;
   PushStateToMenuAndSkin();
   services.instances.Serve(window->Messages(), [this] {

@@ -43,7 +43,9 @@ SkinActionTable& Actions() {
   return table;
 }
 
-const SkinActionTable& DefaultActions() { return kDefaultActions; }
+const SkinActionTable& DefaultActions() {
+  return kDefaultActions;
+}
 
 int FindActionRow(std::string_view name) {
   if (name.empty()) return -1;

@@ -13,7 +13,8 @@ void SkinElement::Redraw() {
 }
 
 void SkinElement::WipeBackground(SkinCanvas& canvas) const {
-  if (backgroundIndex != -1) canvas.CopyBitmap({backgroundIndex, rect.x, rect.y, rect.w, rect.h}, rect.x, rect.y);
+  if (backgroundIndex != -1)
+    canvas.CopyBitmap({backgroundIndex, rect.x, rect.y, rect.w, rect.h}, rect.x, rect.y);
 }
 
 void SkinElement::CopyImage(SkinCanvas& canvas, const ImageSource& image) const {

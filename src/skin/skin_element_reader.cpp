@@ -33,7 +33,11 @@ std::optional<ImageSource> ReadImage(const XmlNode* child, const SkinLayout& lay
 std::optional<ThumbSource> ReadThumb(const XmlNode* child, const SkinLayout& layout) {
   std::optional<ImageSource> image = ReadImage(child, layout);
   if (!image) return std::nullopt;
-  return ThumbSource{image->bitmap,           image->x, image->y, child->AttributeInt("w"), child->AttributeInt("h"),
+  return ThumbSource{image->bitmap,
+                     image->x,
+                     image->y,
+                     child->AttributeInt("w"),
+                     child->AttributeInt("h"),
                      SkinLayout::ParseColor(child->FindAttribute("mask_color"))};
 }
 
@@ -92,7 +96,8 @@ std::unique_ptr<SkinElement> ReadSlider(const XmlNode& node, const SkinLayout& l
   const std::optional<ThumbSource> released = ReadThumb(node.FindChild("released"), layout);
   const std::optional<ThumbSource> pressed = ReadThumb(node.FindChild("pressed"), layout);
   if (id < 0 || !released || !pressed) return nullptr;
-  return Placed(std::make_unique<SkinSlider>(id, node.AttributeInt("orientation"), *released, *pressed), node);
+  return Placed(std::make_unique<SkinSlider>(id, node.AttributeInt("orientation"), *released, *pressed),
+                node);
 }
 
 std::unique_ptr<SkinElement> ReadIconStatus(const XmlNode& node, const SkinLayout& layout) {
@@ -107,18 +112,21 @@ std::unique_ptr<SkinElement> ReadIconStatus(const XmlNode& node, const SkinLayou
 }
 
 std::unique_ptr<SkinElement> ReadText(const XmlNode& node) {
-  return Placed(std::make_unique<SkinText>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)),
-                node);
+  return Placed(
+      std::make_unique<SkinText>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)),
+      node);
 }
 
 std::unique_ptr<SkinElement> ReadTimer(const XmlNode& node) {
-  return Placed(std::make_unique<SkinTimer>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)),
-                node);
+  return Placed(
+      std::make_unique<SkinTimer>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)),
+      node);
 }
 
 std::unique_ptr<SkinElement> ReadTitleBar(const XmlNode& node) {
   return Placed(
-      std::make_unique<SkinTitleBar>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)), node);
+      std::make_unique<SkinTitleBar>(SkinLayout::FindAction(node.FindAttribute("id")), ReadTextStyle(node)),
+      node);
 }
 
 }  // namespace skin

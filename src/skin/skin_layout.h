@@ -43,7 +43,7 @@ namespace skin {
 class SkinTitleBar;
 class XmlNode;
 
-inline constexpr int kMaxElements = 100;  // `background` not counted
+inline constexpr int kMaxElements = 100;       // `background` not counted
 inline constexpr std::size_t kAliasSize = 64;  // alias, file and font names: 63 characters fit
 
 class SkinLayout {

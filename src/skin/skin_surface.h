@@ -91,8 +91,8 @@ class SkinCanvas {
   virtual void DrawImage(const SkinImage& image, int x, int y) = 0;
   // One line of text in `rect`, clipped to it, with the alignment of
   // `format`, transparent behind the glyphs.
-  virtual void DrawText(std::string_view text, const SkinRect& rect, std::uint32_t format, const SkinFont& font,
-                        SkinColor color) = 0;
+  virtual void DrawText(std::string_view text, const SkinRect& rect, std::uint32_t format,
+                        const SkinFont& font, SkinColor color) = 0;
 };
 
 class SkinSurface {
@@ -117,8 +117,8 @@ class SkinSurface {
   // bitmap is transparent). Pixels of the colour `mask` are transparent;
   // colours are compared as the 16-bit screens of the skin format show them,
   // by the top five bits of each channel. Null when it can't be made.
-  virtual std::unique_ptr<SkinImage> CreateMaskedImage(std::span<const BitmapPiece> pieces, int workW, int workH,
-                                                       int w, int h, SkinColor mask) = 0;
+  virtual std::unique_ptr<SkinImage> CreateMaskedImage(std::span<const BitmapPiece> pieces, int workW,
+                                                       int workH, int w, int h, SkinColor mask) = 0;
 };
 
 // Decodes the skin's bitmap files into the table the canvas draws from.

@@ -52,7 +52,9 @@ void SkinText::Redraw() {
   if (visible) Paint(window->Canvas(), nullptr);
 }
 
-void SkinText::SetText(std::string_view value) { text = CutTo(value, kTextFieldUnits); }
+void SkinText::SetText(std::string_view value) {
+  text = CutTo(value, kTextFieldUnits);
+}
 
 void SkinText::SetVisible(bool value) {
   if (visible == value) return;
@@ -74,7 +76,9 @@ SkinTitleBar::SkinTitleBar(int actionRow, const TextStyle& textStyle)
   style.font.weight = kTitleWeight;
 }
 
-std::uint32_t SkinTitleBar::Format() const { return TextFormatFor(style.orientation, true); }
+std::uint32_t SkinTitleBar::Format() const {
+  return TextFormatFor(style.orientation, true);
+}
 
 void SkinTitleBar::Paint(SkinCanvas& canvas, const SkinRect* region) {
   if (OutsideRegion(region)) return;

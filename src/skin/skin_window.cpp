@@ -17,7 +17,9 @@ constexpr std::intptr_t kStateStopped = 1;
 constexpr std::intptr_t kStatePlaying = 2;
 constexpr std::intptr_t kStatePaused = 3;
 
-int Signed16(int value) { return static_cast<std::int16_t>(value); }
+int Signed16(int value) {
+  return static_cast<std::int16_t>(value);
+}
 
 }  // namespace
 
@@ -88,7 +90,8 @@ void SkinWindow::Poll() {
   const std::intptr_t state = parent->Send(kMessageGetState);
   for (int i = 0; i < layout.ElementCount(); ++i) {
     SkinElement* element = layout.Element(i);
-    if (element->GetType() == kTypeIconStatus) static_cast<SkinIconStatus*>(element)->SetState(static_cast<int>(state - 1));
+    if (element->GetType() == kTypeIconStatus)
+      static_cast<SkinIconStatus*>(element)->SetState(static_cast<int>(state - 1));
   }
   auto* seekBar = static_cast<SkinSlider*>(FindElement(kTypeSlider, "SEEKBAR"));
   auto* timer = static_cast<SkinTimer*>(FindElement(kTypeTimer, nullptr));
@@ -148,8 +151,10 @@ void SkinWindow::SetMessage(const std::string& text) {
   }
 }
 
-void SkinWindow::SetTrackFigures(std::uint32_t /*lengthMs*/, std::uint32_t bitRate, std::uint32_t sampleRate) {
-  const std::pair<const char*, std::uint32_t> figures[] = {{"BITRATE", bitRate}, {"SAMPLINGRATE", sampleRate}};
+void SkinWindow::SetTrackFigures(std::uint32_t /*lengthMs*/, std::uint32_t bitRate,
+                                 std::uint32_t sampleRate) {
+  const std::pair<const char*, std::uint32_t> figures[] = {{"BITRATE", bitRate},
+                                                           {"SAMPLINGRATE", sampleRate}};
   for (const auto& [id, number] : figures) {
     if (auto* text = static_cast<SkinText*>(FindElement(kTypeText, id))) {
       text->SetText(std::to_string(static_cast<std::int32_t>(number)));
@@ -178,14 +183,24 @@ void SkinWindow::SetCheckedAll(const char* id, bool checked) {
   }
 }
 
-void SkinWindow::SetShuffle(bool on) { SetCheckedAll("SHUFFLEONOFF", on); }
-void SkinWindow::SetRepeat(bool on) { SetCheckedAll("REPEATONOFF", on); }
-void SkinWindow::SetEqualizer(bool on) { SetCheckedAll("EQONOFF", on); }
-void SkinWindow::SetExtraBass(bool on) { SetCheckedAll("XBASSONOFF", on); }
+void SkinWindow::SetShuffle(bool on) {
+  SetCheckedAll("SHUFFLEONOFF", on);
+}
+void SkinWindow::SetRepeat(bool on) {
+  SetCheckedAll("REPEATONOFF", on);
+}
+void SkinWindow::SetEqualizer(bool on) {
+  SetCheckedAll("EQONOFF", on);
+}
+void SkinWindow::SetExtraBass(bool on) {
+  SetCheckedAll("XBASSONOFF", on);
+}
 
 // The paused push is a check mark like the others, so it reaches every
 // PLAYPAUSE check button.
-void SkinWindow::SetPaused(bool paused) { SetCheckedAll("PLAYPAUSE", !paused); }
+void SkinWindow::SetPaused(bool paused) {
+  SetCheckedAll("PLAYPAUSE", !paused);
+}
 
 void SkinWindow::KeyFeedback(std::uint16_t key, bool down) {
   const SkinActionTable& table = Actions();

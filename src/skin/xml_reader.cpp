@@ -160,7 +160,9 @@ void XmlNode::Clear() {
   attributes.clear();
 }
 
-XmlReader::~XmlReader() { Close(); }
+XmlReader::~XmlReader() {
+  Close();
+}
 
 bool XmlReader::Open(const std::string& path) {
   Close();

@@ -13,7 +13,8 @@ void Walk(const skin::XmlNode& node, int depth) {
   if (depth > skin::kMaxDepth || node.Name().size() >= skin::kXmlNameSize) __builtin_trap();
   for (int i = 0; i < node.AttributeCount(); ++i) {
     const skin::XmlAttribute& attribute = node.Attribute(i);
-    if (std::strlen(attribute.value.data()) == 0 || std::strlen(attribute.value.data()) >= skin::kXmlValueSize)
+    if (std::strlen(attribute.value.data()) == 0 ||
+        std::strlen(attribute.value.data()) >= skin::kXmlValueSize)
       __builtin_trap();
     (void)node.AttributeInt(attribute.name.data());
   }

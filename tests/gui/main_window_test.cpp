@@ -16,9 +16,9 @@
 #include "shell/menu.h"
 #include "shell/ui/menu_renderer.h"
 #include "shell/ui/skin_window_widget.h"
-#include "skin/skin_text.h"
 #include "shell/ui/soft_key_bar.h"
 #include "shell/window_messages.h"
+#include "skin/skin_text.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 // The skin window on Qt's offscreen platform, with the test skin of flat
 // colours (tests/data/skin) and a player that answers the polls.
+#include "skin/skin_window.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -14,7 +16,6 @@
 #include "platform/paths.h"
 #include "shell/ui/o_slider.h"
 #include "shell/ui/skin_window_widget.h"
-#include "skin/skin_window.h"
 #include "support/test_environment.h"
 
 namespace {
@@ -148,7 +149,8 @@ TEST_F(SkinWindowTest, AMappedKeyLightsItsButtonAndAnUnboundKeyChangesNothing) {
 TEST(SkinLoadTest, MissingOrBrokenBitmapsAndLayoutsLoadNoSkin) {
   FakePlayer player;
   platform::MessageQueue parent(&player);
-  const auto variant = [](const testing_support::TemporaryDirectory& folder, const std::function<void()>& damage) {
+  const auto variant = [](const testing_support::TemporaryDirectory& folder,
+                          const std::function<void()>& damage) {
     std::filesystem::copy(kTestSkin, folder.Path(), std::filesystem::copy_options::recursive);
     damage();
     return folder.Path() + "/";
@@ -162,11 +164,13 @@ TEST(SkinLoadTest, MissingOrBrokenBitmapsAndLayoutsLoadNoSkin) {
     testing_support::TemporaryDirectory folder;
     const std::string directory =
         variant(folder, [&] { testing_support::WriteFile(folder.File("sheet.png"), "not a picture\n"); });
-    EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr) << "a text file named like a picture";
+    EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr)
+        << "a text file named like a picture";
   }
   {
     testing_support::TemporaryDirectory folder;
-    const std::string directory = variant(folder, [&] { testing_support::WriteFile(folder.File("layout.xml"), ""); });
+    const std::string directory =
+        variant(folder, [&] { testing_support::WriteFile(folder.File("layout.xml"), ""); });
     EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr) << "an empty layout";
   }
   ui::BitmapFile file;

@@ -37,7 +37,8 @@ TEST(SkinSliderTest, ValuesRunAgainstTheScreenForNinetyAndOneEighty) {
   ASSERT_TRUE(slider.OnButtonDown(15, 20));
   EXPECT_TRUE(slider.IsDragging());
   slider.SetValue(0);
-  EXPECT_EQ(slider.Position(), 0) << "the press put the thumb at the top; a value set while dragging is ignored";
+  EXPECT_EQ(slider.Position(), 0)
+      << "the press put the thumb at the top; a value set while dragging is ignored";
   EXPECT_TRUE(slider.OnButtonUp(15, 130)) << "released below the track";
   EXPECT_EQ(slider.Position(), 0) << "outside: the thumb stays";
   EXPECT_FALSE(slider.IsDragging());

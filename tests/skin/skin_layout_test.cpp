@@ -18,12 +18,16 @@ using testing_support::RecordingBitmapLoader;
 
 const std::string kTestSkin = std::string(TS_TEST_DATA_DIR) + "/skin/";
 
-std::string TestLayout() { return testing_support::ReadFile(kTestSkin + "layout.xml"); }
+std::string TestLayout() {
+  return testing_support::ReadFile(kTestSkin + "layout.xml");
+}
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
   const std::size_t at = text.find(from);
-  if (at == std::string::npos) ADD_FAILURE() << "no " << from;
-  else text.replace(at, from.size(), to);
+  if (at == std::string::npos)
+    ADD_FAILURE() << "no " << from;
+  else
+    text.replace(at, from.size(), to);
   return text;
 }
 
@@ -95,17 +99,17 @@ TEST_F(SkinLayoutTest, BitmapsLoadInOrderFromTheSkinFolderUntilOneFails) {
   RecordingBitmapLoader loader;
   loader.loadable = 2;
   EXPECT_FALSE(layout.LoadBitmaps(loader));
-  EXPECT_EQ(loader.paths,
-            (std::vector<std::string>{"/skins/base/background.bmp", "/skins/base/sheet.png", "/skins/base/icons.gif"}));
+  EXPECT_EQ(loader.paths, (std::vector<std::string>{"/skins/base/background.bmp", "/skins/base/sheet.png",
+                                                    "/skins/base/icons.gif"}));
 }
 
 TEST_F(SkinLayoutTest, BrokenLayoutsFailTheLoad) {
   const std::string good = TestLayout();
   const std::pair<std::string, std::string> damages[] = {
-      {"id=\"NEXT\"", "id=\"NOSUCH\""},               // a button's unknown action
-      {"<play src=\"ICONS\"", "<play src=\"none\""},  // an unknown alias
+      {"id=\"NEXT\"", "id=\"NOSUCH\""},                                     // a button's unknown action
+      {"<play src=\"ICONS\"", "<play src=\"none\""},                        // an unknown alias
       {"<pressed src=\"sheet\" x=\"60\" y=\"10\" w=\"8\" h=\"8\" />", ""},  // a slider's missing child
-      {"<state2>", "<state3>"},                       // a check button's missing state
+      {"<state2>", "<state3>"},                                             // a check button's missing state
       {"<background src=\"back\" />", "<background src=\"front\" />"},
       {"<preload>", "<preloaded>"},
       {"<layout>", "<layer>"},
@@ -123,9 +127,10 @@ TEST_F(SkinLayoutTest, BrokenLayoutsFailTheLoad) {
 }
 
 TEST_F(SkinLayoutTest, APreloadOfUnknownChildrenLeavesEveryAliasUnknown) {
-  EXPECT_FALSE(Load("<skin><preload><image alias=\"a\" file=\"a.png\" /></preload>"
-                    "<layout><text /><button id=\"PLAY\"><released src=\"a\" /><pressed src=\"a\" /></button>"
-                    "</layout></skin>"));
+  EXPECT_FALSE(
+      Load("<skin><preload><image alias=\"a\" file=\"a.png\" /></preload>"
+           "<layout><text /><button id=\"PLAY\"><released src=\"a\" /><pressed src=\"a\" /></button>"
+           "</layout></skin>"));
   EXPECT_EQ(layout.BitmapCount(), 0);
   EXPECT_EQ(layout.ElementCount(), 1) << "the text before the failure stays";
 }

@@ -18,9 +18,9 @@ bool Parses(const std::string& text) {
 
 TEST(XmlReaderTest, ReadsWhatSkinAuthorsWrite) {
   XmlReader reader;
-  ASSERT_TRUE(reader.ParseBytes(
-      "<skin>\r\n\t<Button x = \"12px\" id=\"PLAY\" ID=\"second\" note=\"a &amp; b\"/>\n"
-      "  <text orientation=\"-90\" />\n  <a><b></B></A>\n</SKIN>"));
+  ASSERT_TRUE(
+      reader.ParseBytes("<skin>\r\n\t<Button x = \"12px\" id=\"PLAY\" ID=\"second\" note=\"a &amp; b\"/>\n"
+                        "  <text orientation=\"-90\" />\n  <a><b></B></A>\n</SKIN>"));
   ASSERT_EQ(reader.ChildCount(), 1);
   EXPECT_EQ(reader.Name(), "");
   const skin::XmlNode* skinNode = reader.FindChild("SKIN");

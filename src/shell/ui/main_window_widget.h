@@ -66,7 +66,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   int zoom;
   shell::Rect area;
   SkinWindowWidget* face = nullptr;  // owned by the widget tree
-  SoftKeyBar* softKeys = nullptr;   // owned by the widget tree
+  SoftKeyBar* softKeys = nullptr;    // owned by the widget tree
 };
 
 }  // namespace ui

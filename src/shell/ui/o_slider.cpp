@@ -48,7 +48,9 @@ QImage DrawThumb() {
   return thumb;
 }
 
-int Signed16(int value) { return static_cast<std::int16_t>(value); }
+int Signed16(int value) {
+  return static_cast<std::int16_t>(value);
+}
 
 }  // namespace
 
@@ -65,7 +67,9 @@ OSlider::OSlider(QWidget* parent, int sliderZoom) : QWidget(parent), zoom(slider
   setFocusPolicy(Qt::StrongFocus);
 }
 
-int OSlider::Clamped(int value) const { return std::max(std::min(value, maximum), minimum); }
+int OSlider::Clamped(int value) const {
+  return std::max(std::min(value, maximum), minimum);
+}
 
 void OSlider::SetPosition(int value, bool redraw) {
   position = Clamped(value);
@@ -143,7 +147,11 @@ void OSlider::keyPressEvent(QKeyEvent* event) {
   }
 }
 
-void OSlider::focusInEvent(QFocusEvent*) { repaint(); }
-void OSlider::focusOutEvent(QFocusEvent*) { repaint(); }
+void OSlider::focusInEvent(QFocusEvent*) {
+  repaint();
+}
+void OSlider::focusOutEvent(QFocusEvent*) {
+  repaint();
+}
 
 }  // namespace ui

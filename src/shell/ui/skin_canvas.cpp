@@ -35,8 +35,8 @@ const Span64 kSurface{0, 0, skin::kSkinWidth, skin::kSkinHeight};
 
 // The part of a source piece that lies in its bitmap and lands on the
 // surface, with where it lands.
-bool ClipPiece(const skin::BitmapPiece& piece, QSize bitmapSize, std::int64_t x, std::int64_t y, QRect& source,
-               QRect& target) {
+bool ClipPiece(const skin::BitmapPiece& piece, QSize bitmapSize, std::int64_t x, std::int64_t y,
+               QRect& source, QRect& target) {
   Span64 from = Span64{piece.x, piece.y, piece.w, piece.h}.Cut(0, 0, bitmapSize.width(), bitmapSize.height());
   Span64 to{x + (from.x - piece.x), y + (from.y - piece.y), from.w, from.h};
   const Span64 landed = to.Cut(kSurface.x, kSurface.y, kSurface.w, kSurface.h);
@@ -58,7 +58,9 @@ Qt::Alignment AlignmentFor(std::uint32_t format) {
   return alignment;
 }
 
-bool SameUnderMask(QRgb pixel, skin::SkinColor mask) { return ((pixel ^ mask) & kMaskBits) == 0; }
+bool SameUnderMask(QRgb pixel, skin::SkinColor mask) {
+  return ((pixel ^ mask) & kMaskBits) == 0;
+}
 
 }  // namespace
 
@@ -88,8 +90,8 @@ void QtSkinCanvas::CopyBitmap(const skin::BitmapPiece& piece, int x, int y) {
 
 void QtSkinCanvas::DrawImage(const skin::SkinImage& image, int x, int y) {
   const QPixmap& pixmap = static_cast<const QtSkinImage&>(image).Pixmap();
-  const Span64 landed = Span64{x, y, pixmap.width(), pixmap.height()}.Cut(kSurface.x, kSurface.y, kSurface.w,
-                                                                          kSurface.h);
+  const Span64 landed =
+      Span64{x, y, pixmap.width(), pixmap.height()}.Cut(kSurface.x, kSurface.y, kSurface.w, kSurface.h);
   if (landed.Empty()) return;
   QPainter painter(&target);
   painter.scale(zoom, zoom);
@@ -99,7 +101,8 @@ void QtSkinCanvas::DrawImage(const skin::SkinImage& image, int x, int y) {
 
 void QtSkinCanvas::DrawText(std::string_view text, const skin::SkinRect& rect, std::uint32_t format,
                             const skin::SkinFont& font, skin::SkinColor color) {
-  const Span64 landed = Span64{rect.x, rect.y, rect.w, rect.h}.Cut(kSurface.x, kSurface.y, kSurface.w, kSurface.h);
+  const Span64 landed =
+      Span64{rect.x, rect.y, rect.w, rect.h}.Cut(kSurface.x, kSurface.y, kSurface.w, kSurface.h);
   if (landed.Empty() || text.empty()) return;
   const QRect box(rect.x, rect.y, rect.w, rect.h);
   QPainter painter(&target);
@@ -123,8 +126,8 @@ void QtSkinCanvas::DrawText(std::string_view text, const skin::SkinRect& rect, s
 }
 
 std::unique_ptr<skin::SkinImage> MakeMaskedImage(const SkinBitmapTable& bitmaps,
-                                                 std::span<const skin::BitmapPiece> pieces, int workW, int workH,
-                                                 int w, int h, skin::SkinColor mask) {
+                                                 std::span<const skin::BitmapPiece> pieces, int workW,
+                                                 int workH, int w, int h, skin::SkinColor mask) {
   const auto fits = [](int side) { return side > 0 && side <= kMaxImageSide; };
   if (!fits(w) || !fits(h) || !fits(workW) || !fits(workH)) return nullptr;
   QImage work(workW, workH, QImage::Format_RGB32);

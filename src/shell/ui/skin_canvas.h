@@ -41,8 +41,8 @@ class QtSkinCanvas : public skin::SkinCanvas {
 
   void CopyBitmap(const skin::BitmapPiece& piece, int x, int y) override;
   void DrawImage(const skin::SkinImage& image, int x, int y) override;
-  void DrawText(std::string_view text, const skin::SkinRect& rect, std::uint32_t format, const skin::SkinFont& font,
-                skin::SkinColor color) override;
+  void DrawText(std::string_view text, const skin::SkinRect& rect, std::uint32_t format,
+                const skin::SkinFont& font, skin::SkinColor color) override;
 
  private:
   QPixmap& target;
@@ -56,7 +56,7 @@ QFont FontFor(const skin::SkinFont& font, int zoom);
 
 // See skin::SkinSurface::CreateMaskedImage.
 std::unique_ptr<skin::SkinImage> MakeMaskedImage(const SkinBitmapTable& bitmaps,
-                                                 std::span<const skin::BitmapPiece> pieces, int workW, int workH,
-                                                 int w, int h, skin::SkinColor mask);
+                                                 std::span<const skin::BitmapPiece> pieces, int workW,
+                                                 int workH, int w, int h, skin::SkinColor mask);
 
 }  // namespace ui

@@ -9,12 +9,14 @@
 namespace ui {
 namespace {
 
-int FloorDivide(double value, int divisor) { return static_cast<int>(std::floor(value / divisor)); }
+int FloorDivide(double value, int divisor) {
+  return static_cast<int>(std::floor(value / divisor));
+}
 
 }  // namespace
 
 std::unique_ptr<SkinWindowWidget> SkinWindowWidget::Create(const std::string& skinDirectory, int zoom,
-                                                            platform::MessageTarget& parent) {
+                                                           platform::MessageTarget& parent) {
   std::unique_ptr<SkinWindowWidget> widget(new SkinWindowWidget(zoom, parent));
   if (!widget->window.Load(skinDirectory, widget->bitmaps)) return nullptr;
   widget->window.Attach(*widget, parent, *widget->timers);
@@ -65,13 +67,13 @@ bool SkinWindowWidget::PostToParent(std::uint32_t message) {
 
 int SkinWindowWidget::TextWidth(std::string_view text, const skin::SkinFont& font) {
   const QFontMetricsF metrics(FontFor(font, zoom));
-  const qreal width = metrics.horizontalAdvance(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  const qreal width =
+      metrics.horizontalAdvance(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
   return static_cast<int>(std::ceil(width / zoom));
 }
 
-std::unique_ptr<skin::SkinImage> SkinWindowWidget::CreateMaskedImage(std::span<const skin::BitmapPiece> pieces,
-                                                                     int workW, int workH, int w, int h,
-                                                                     skin::SkinColor mask) {
+std::unique_ptr<skin::SkinImage> SkinWindowWidget::CreateMaskedImage(
+    std::span<const skin::BitmapPiece> pieces, int workW, int workH, int w, int h, skin::SkinColor mask) {
   return MakeMaskedImage(bitmaps, pieces, workW, workH, w, h, mask);
 }
 
@@ -104,6 +106,8 @@ void SkinWindowWidget::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 // The second press of a double click is swallowed: a double click is one click.
-void SkinWindowWidget::mouseDoubleClickEvent(QMouseEvent* event) { event->accept(); }
+void SkinWindowWidget::mouseDoubleClickEvent(QMouseEvent* event) {
+  event->accept();
+}
 
 }  // namespace ui
