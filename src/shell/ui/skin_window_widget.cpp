@@ -27,7 +27,10 @@ SkinWindowWidget::SkinWindowWidget(int faceZoom, platform::MessageTarget& parent
     : zoom(faceZoom),
       parent(parentTarget),
       surface(skin::kSkinWidth * faceZoom, skin::kSkinHeight * faceZoom),
-      canvas(surface, faceZoom, bitmaps, [this](const QRect& rect) { update(Zoomed(rect)); }),
+      canvas(surface, faceZoom, bitmaps,
+             [this](const QRect& rect) {
+               if (!painting) update(Zoomed(rect));
+             }),
       timers(std::make_unique<platform::qt::QtTimers>(window)) {
   surface.fill(Qt::black);
   setFixedSize(surface.size());
@@ -80,7 +83,9 @@ std::unique_ptr<skin::SkinImage> SkinWindowWidget::CreateMaskedImage(
 void SkinWindowWidget::paintEvent(QPaintEvent* event) {
   if (paintDue) {
     paintDue = false;
+    painting = true;
     window.Paint(canvas);
+    painting = false;
   }
   pending = QRegion();
   QPainter painter(this);

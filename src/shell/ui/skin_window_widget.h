@@ -84,7 +84,8 @@ class SkinWindowWidget : public QWidget, public shell::SkinDisplay, public skin:
   QPixmap surface;
   QtSkinCanvas canvas;
   bool paintDue = true;
-  QRegion pending;  // widget pixels marked for the next paint
+  bool painting = false;  // a whole paint runs: the screen is copied anyway
+  QRegion pending;        // widget pixels marked for the next paint
   // Made with the skin and declared before it: the skin stops them when it goes.
   std::unique_ptr<platform::qt::QtTimers> timers;
   skin::SkinWindow window;
