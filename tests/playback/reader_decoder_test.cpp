@@ -1,0 +1,335 @@
+// The reader-driven decoder through the real output engine into capture
+// devices: WAV files against sox's decode, and the track-end, stop and seek
+// protocols with a pattern reader whose every sample is known.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "decoders/wav_reader.h"
+#include "decoders/wav_test_files.h"
+#include "output_test_support.h"
+#include "pattern_reader.h"
+#include "platform/message_queue.h"
+#include "playback/locked_file.h"
+#include "playback/playback_settings.h"
+#include "playback/reader_decoder.h"
+
+namespace {
+
+using namespace output_testing;
+using platform::CapturePace;
+using playback::ReaderDecoder;
+using reader_testing::PatternReader;
+using reader_testing::PatternSample;
+using Samples = std::vector<std::int16_t>;
+
+class ReaderDecoderTest : public OutputTest {
+ protected:
+  void SetUp() override {
+    OutputTest::SetUp();
+    SetOptions(false, false, false);
+  }
+  void TearDown() override {
+    decoder.reset();
+    SetOptions(true, true, true);  // the defaults
+    OutputTest::TearDown();
+  }
+  static void SetOptions(bool crossfade, bool gapless, bool trimSilence) {
+    playback::PlaybackSettings& options = playback::Playback();
+    playback::PlaybackSettings::Write(options.crossfade, crossfade);
+    playback::PlaybackSettings::Write(options.gapless, gapless);
+    playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
+  }
+  ReaderDecoder& Wire(playback::FormatReader& reader, bool withSource = true) {
+    decoder = std::make_unique<ReaderDecoder>();
+    decoder->SetReader(&reader);
+    decoder->SetOutput(output.get());
+    if (withSource) decoder->SetSource(&file);
+    decoder->SetNotifyWindow(&notify);
+    return *decoder;
+  }
+  bool Ended(int limitMs = 10000) { return notify.WaitFor(playback::kMessageTrackEnded, limitMs); }
+  // Everything captured, without the silence around it.
+  Samples Sound() {
+    const Samples all = Tap()->Samples();
+    const auto first = std::find_if(all.begin(), all.end(), [](std::int16_t s) { return s != 0; });
+    const auto last = std::find_if(all.rbegin(), all.rend(), [](std::int16_t s) { return s != 0; }).base();
+    return first < last ? Samples(first, last) : Samples{};
+  }
+  // The same of a mono stream, which plays on both channels alike.
+  Samples MonoSound() {
+    const Samples both = Sound();
+    Samples left;
+    for (std::size_t i = 0; i + 1 < both.size(); i += 2) {
+      EXPECT_EQ(both[i], both[i + 1]) << "at frame " << i / 2;
+      left.push_back(both[i]);
+    }
+    return left;
+  }
+  // Plays a stepped device until no stream is left and nothing is queued.
+  void PlayOut() {
+    ASSERT_TRUE(WaitUntil([&] {
+      Tap()->Advance(1);
+      return output->StreamCount() == 0 && Tap()->QueuedBuffers() == 0;
+    }));
+  }
+
+  playback::LockedFile file;
+  platform::MessageQueue notify;
+  std::unique_ptr<ReaderDecoder> decoder;
+};
+
+// --- Sound of real files --------------------------------------------------------------------
+
+class ReaderDecoderSoundTest : public ReaderDecoderTest, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(ReaderDecoderSoundTest, TheCaptureDevicePlaysWhatSoxDecodes) {
+  UseCapture(CapturePace::kUnpaced);
+  decoders::WavReader reader;
+  const std::string path = wav_testing::MediaPath(GetParam());
+  Samples reference = wav_testing::SoxDecode(path);
+  ASSERT_FALSE(reference.empty());
+  ReaderDecoder& wav = Wire(reader);
+  ASSERT_TRUE(wav.Open(path));
+  ASSERT_TRUE(wav.Play());
+  ASSERT_TRUE(Ended());
+  // The end mark trims the tail with the threshold that the end of the
+  // prefill armed, and the queue drops the last loud sample with it.
+  reference.pop_back();
+  const bool stereo = std::string(GetParam()).find("stereo") != std::string::npos;
+  const auto sound = [&] { return stereo ? Sound() : MonoSound(); };
+  ASSERT_TRUE(WaitUntil([&] { return sound().size() >= reference.size(); }));
+  EXPECT_EQ(sound(), reference);
+  EXPECT_EQ(wav.GetState(), playback::kStatePlaying) << "the end only posts; the application closes";
+  wav.Close();
+  EXPECT_EQ(file.IsOpen(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, ReaderDecoderSoundTest,
+                         ::testing::Values("pcm16_stereo.wav", "pcm8_mono.wav", "adpcm_mono.wav"));
+
+TEST_F(ReaderDecoderTest, ATrackShorterThanThePrefillStillSounds) {
+  UseCapture(CapturePace::kUnpaced);
+  const wav_testing::WavParts parts =
+      wav_testing::SplitWav(testing_support::ReadFile(wav_testing::MediaPath("pcm16_mono.wav")));
+  const std::string path = Root().File("short.wav");
+  testing_support::WriteFile(path, wav_testing::Riff({wav_testing::Chunk("fmt ", parts.format),
+                                                      wav_testing::Chunk("data", parts.data.substr(0, 4800))}));
+  decoders::WavReader reader;
+  ReaderDecoder& wav = Wire(reader);
+  ASSERT_TRUE(wav.Open(path));
+  ASSERT_TRUE(wav.Play());
+  ASSERT_TRUE(Ended());
+  Samples reference = wav_testing::SoxDecode(wav_testing::MediaPath("pcm16_mono.wav"));
+  reference.resize(2400);
+  ASSERT_TRUE(WaitUntil([&] { return MonoSound().size() >= reference.size(); }));
+  EXPECT_EQ(MonoSound(), reference);
+}
+
+TEST_F(ReaderDecoderTest, PlayNeedsAReaderAndASourceAndStartsOneThread) {
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 2, 80000);
+  ReaderDecoder& pattern = Wire(reader, false);
+  ASSERT_TRUE(pattern.Open("/any"));
+  EXPECT_FALSE(pattern.Play()) << "no source set, although the reader wouldn't use it";
+  EXPECT_EQ(pattern.GetState(), playback::kStateStopped);
+
+  pattern.SetSource(&file);
+  ASSERT_TRUE(pattern.Play());
+  EXPECT_TRUE(pattern.Play()) << "playing already";
+  ASSERT_TRUE(WaitUntil([&] { return output->StreamCount() == 1; }));
+  EXPECT_EQ(reader.formatCalls.load(), 1);
+
+  ReaderDecoder idle;
+  idle.SetSource(&file);
+  EXPECT_FALSE(idle.Play()) << "no reader";
+}
+
+// --- The end of a track ---------------------------------------------------------------------
+
+TEST_F(ReaderDecoderTest, WithNeitherOptionTheEndWaitsUntilTheQueueHasPlayed) {
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 1, 4000);  // half a second: shorter than the prefill
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  EXPECT_FALSE(Ended(300)) << "nothing has played yet";
+  PlayOut();
+  EXPECT_TRUE(Ended(5000));
+  const Samples sound = MonoSound();
+  ASSERT_EQ(sound.size(), 4000u);
+  for (std::uint32_t i = 0; i < sound.size(); ++i) ASSERT_EQ(sound[i], PatternSample(i)) << i;
+}
+
+TEST_F(ReaderDecoderTest, WithCrossfadeTheEndFadesAllThatIsQueuedAndPostsAtOnce) {
+  SetOptions(true, true, false);
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 1, 4000);
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(Ended()) << "without any sound played";
+  pattern.Close();
+  PlayOut();
+  const Samples sound = MonoSound();
+  ASSERT_FALSE(sound.empty());
+  // The fade-in of 2000 ms keeps all of this half second below a seventh of
+  // the pattern (which rises to 4600); the fade-out takes its end to silence.
+  EXPECT_LT(*std::max_element(sound.begin(), sound.end()), 1000);
+  EXPECT_LT(sound.back(), 100);
+}
+
+TEST_F(ReaderDecoderTest, WithGaplessTheStreamStaysForTheNextTrackWhichReplacesItsTail) {
+  SetOptions(false, true, false);
+  UseCapture(CapturePace::kStepped);
+  PatternReader first(8000, 2, 4000);
+  ReaderDecoder& pattern = Wire(first);
+  ASSERT_TRUE(pattern.Open("/first"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(Ended()) << "without any sound played";
+  pattern.Close();
+  EXPECT_EQ(output->StreamCount(), 1) << "Close leaves the stream for the next track";
+  EXPECT_EQ(output->QueuedSamples(output->LastHandle()), 8000u) << "and it has no end mark";
+
+  notify.RemovePending(playback::kMessageTrackEnded);
+  ASSERT_TRUE(pattern.Open("/second"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(Ended());
+  EXPECT_EQ(output->StreamCount(), 1) << "the same stream carries on";
+  EXPECT_EQ(output->QueuedSamples(output->LastHandle()), 8000u) << "the first write replaced the tail";
+}
+
+// --- Stop -------------------------------------------------------------------------------------
+
+TEST_F(ReaderDecoderTest, StopRemovesTheStreamOrWithCrossfadeLetsItFadeOutAlone) {
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 2, 80000);  // ten seconds: the thread waits for room
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(WaitUntil([&] { return output->QueuedSamples(output->LastHandle()) == 32000u; }));
+  pattern.Stop();
+  EXPECT_EQ(pattern.GetState(), playback::kStateStopped);
+  EXPECT_EQ(output->StreamCount(), 0);
+  EXPECT_EQ(pattern.GetPosition(), 0u);
+
+  SetOptions(true, false, false);
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(WaitUntil([&] { return output->StreamCount() == 1; }));
+  pattern.Stop();
+  EXPECT_EQ(output->StreamCount(), 1) << "the stream fades out by itself";
+  PlayOut();
+  EXPECT_EQ(notify.PendingCount(), 0u) << "a stop is no end of track";
+}
+
+// --- Seek -------------------------------------------------------------------------------------
+
+TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 1, 32000);  // four seconds: more than the queue holds
+  ReaderDecoder& pattern = Wire(reader);
+  EXPECT_FALSE(pattern.Seek(1000)) << "stopped";
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(WaitUntil([&] { return output->QueuedSamples(output->LastHandle()) == 16000u; }));
+  const std::uint32_t before = output->LastHandle();
+  ASSERT_TRUE(pattern.Seek(3000));
+  EXPECT_FALSE(output->IsStreamAlive(before)) << "without crossfade the old stream goes";
+  EXPECT_EQ(pattern.GetPosition(), 3000u);
+  PlayOut();
+
+  // What the device had before the seek, then the pattern from 3 s on, whole.
+  const Samples sound = MonoSound();
+  const auto jump = std::find(sound.begin(), sound.end(), PatternSample(24000));
+  ASSERT_NE(jump, sound.end());
+  for (auto at = sound.begin(); at != jump; ++at) {
+    ASSERT_TRUE(*at == 0 || *at == PatternSample(static_cast<std::uint32_t>(at - sound.begin())));
+  }
+  const Samples after(jump, sound.end());
+  ASSERT_EQ(after.size(), 7999u) << "the end mark takes the last loud sample";
+  for (std::uint32_t i = 0; i < after.size(); ++i) ASSERT_EQ(after[i], PatternSample(24000 + i)) << i;
+}
+
+TEST_F(ReaderDecoderTest, WithCrossfadeASeekFadesTheOldStreamUnlessOneFadedWithinFourPolls) {
+  SetOptions(true, false, false);
+  UseCapture(CapturePace::kStepped);
+  PatternReader reader(8000, 2, 80000);
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(WaitUntil([&] { return output->StreamCount() == 1; }));
+
+  ASSERT_TRUE(pattern.Seek(1000));
+  EXPECT_EQ(output->StreamCount(), 2) << "the old stream fades out beside the new";
+  ASSERT_TRUE(pattern.Seek(2000));
+  EXPECT_EQ(output->StreamCount(), 2) << "a second seek at once cuts";
+  for (int poll = 0; poll < 4; ++poll) pattern.GetPosition();
+  ASSERT_TRUE(pattern.Seek(3000));
+  EXPECT_EQ(output->StreamCount(), 3) << "four polls later a seek fades again";
+}
+
+// --- What the decoder tells of files -----------------------------------------------------
+
+TEST_F(ReaderDecoderTest, FileDetailsAndTitlesComeFromTheReadersRecord) {
+  PatternReader reader(44100, 2, 44100 * 3);
+  ReaderDecoder& pattern = Wire(reader);
+  std::string display;
+  std::string album;
+  playback::FormatSummary summary;
+  std::uint32_t duration = 0;
+  std::uint32_t reserved = 99;
+  ASSERT_TRUE(pattern.GetFileDetails("/music/Some Song.v2.wav", &display, &album, &summary, &duration, &reserved,
+                                     nullptr, nullptr));
+  EXPECT_EQ(display, "Some Song.v2") << "no title: the name without folder and extension";
+  EXPECT_EQ(album, "Album");
+  EXPECT_EQ(duration, 3000u);
+  EXPECT_EQ(reserved, 0u);
+  EXPECT_EQ(summary.bitRate, 128999u) << "raw here";
+  EXPECT_EQ(summary.genre, "A genre with a name far longer ") << "31 units";
+  EXPECT_EQ(summary.trackNumber, 7u);
+  EXPECT_FALSE(pattern.GetFileDetails("/music/missing.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                      nullptr));
+
+  std::string title;
+  ASSERT_TRUE(pattern.Open("/music/Track 1.wav"));
+  ASSERT_TRUE(pattern.GetDisplayTitle(title));
+  EXPECT_EQ(title, "Track 1");
+  reader.description = "A description";
+  ASSERT_TRUE(pattern.GetDisplayTitle(title));
+  EXPECT_EQ(title, "A description");
+  reader.title = "Title";
+  ASSERT_TRUE(pattern.GetDisplayTitle(title));
+  EXPECT_EQ(title, "Title");
+  ASSERT_TRUE(pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(display, "Title");
+  reader.artist = "Artist";
+  ASSERT_TRUE(pattern.GetDisplayTitle(title));
+  EXPECT_EQ(title, "Artist - Title");
+  ASSERT_TRUE(pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(display, "Artist - Title");
+
+  pattern.GetFormatSummary(summary);
+  EXPECT_EQ(summary.bitRate, 128u) << "kilobits in the summary of the open track";
+  EXPECT_EQ(summary.sampleRate, 44100u);
+  EXPECT_EQ(summary.stereo, 1u);
+  std::string text;
+  ASSERT_TRUE(pattern.GetInfoText("/x.wav", text));
+  EXPECT_NE(text.find("<b>Title:</b> Title<br>"), std::string::npos) << text;
+  EXPECT_FALSE(pattern.GetInfoText("", text));
+}
+
+TEST_F(ReaderDecoderTest, MoreThanTwoChannelsPlayAsStereoWithoutConversion) {
+  UseCapture(CapturePace::kUnpaced);
+  PatternReader reader(8000, 3, 2000);  // 6000 samples
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(Ended());
+  ASSERT_TRUE(WaitUntil([&] { return Tap()->SampleCount() >= 6000; }));
+  Samples all = Tap()->Samples();
+  all.erase(all.begin(), std::find_if(all.begin(), all.end(), [](std::int16_t s) { return s != 0; }));
+  ASSERT_GE(all.size(), 6000u);
+  for (std::uint32_t i = 0; i < 6000; ++i) ASSERT_EQ(all[i], PatternSample(i)) << i;
+}
+
+}  // namespace
