@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "decoders/wav_reader.h"
 #include "effects/equalizer.h"
 #include "platform/device_volume.h"
 #include "platform/event.h"
@@ -10,7 +11,9 @@
 #include "platform/text.h"
 #include "platform/text_format.h"
 #include "platform/texts.h"
+#include "playback/format_plugin.h"
 #include "playback/format_registry.h"
+#include "playback/reader_decoder.h"
 #include "playback/playback_settings.h"
 #include "shell/bookmark_store.h"
 #include "shell/dialogs.h"
@@ -69,6 +72,15 @@ PlayerApp::~PlayerApp() {
   bookmarks.reset();
   currentDecoder = &idleDecoder;
   playlist.StopInfoThread();
+  // The registry may outlive this object: nothing must find these decoders
+  // there once they are gone. The AAC decoder goes before its reader, the
+  // reader before its library; the WAV pair comes last.
+  Formats().SetDecoder(playback::kFormatAac, nullptr);
+  Formats().SetDecoder(playback::kFormatWav, nullptr);
+  aacDecoder.reset();
+  aacPlugin.reset();
+  wavDecoder.reset();
+  wavReader.reset();
   playlist.SetMainWindow(nullptr);
   playlist.SetDialogs(nullptr);
   skin = nullptr;
@@ -250,6 +262,33 @@ void PlayerApp::SetUpFormats() {
   formats.AddExtension(playback::kFormatAsx, "asx");
   for (const int format : {playback::kFormatM3u, playback::kFormatPls, playback::kFormatAsx})
     formats.Enable(format, true);
+
+  // WAV: the reader and a reader-driven decoder over it.
+  wavReader = std::make_unique<decoders::WavReader>();
+  wavDecoder = std::make_unique<playback::ReaderDecoder>();
+  wavDecoder->SetReader(wavReader.get());
+  SetUpReaderFormat(*wavDecoder, playback::kFormatWav, "wav");
+
+  // AAC through the plug-in, looked for beside the executable, then in the
+  // install directory. Without it the format stays absent, without a word.
+  aacPlugin = playback::LoadFormatPlugin(
+      playback::AacPluginCandidates(platform::ExecutableDirectory(), platform::ReadInstallDirectory(services.registry)));
+  if (aacPlugin) {
+    aacDecoder = std::make_unique<playback::ReaderDecoder>();
+    aacDecoder->SetReader(aacPlugin->reader.get());
+    SetUpReaderFormat(*aacDecoder, playback::kFormatAac, "aac");
+  }
+}
+
+// Wires a reader-driven decoder (the shared file, the output) and binds its
+// format to it.
+void PlayerApp::SetUpReaderFormat(playback::ReaderDecoder& decoder, int formatId, const char* extension) {
+  playback::FormatRegistry& formats = Formats();
+  formats.AddExtension(formatId, extension);
+  decoder.SetOutput(&output);
+  decoder.SetSource(&sharedFile);
+  formats.Enable(formatId, true);
+  formats.SetDecoder(formatId, &decoder);
 }
 
 // The face is made after the volume was applied, so it is given the VOLUME

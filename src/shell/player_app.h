@@ -31,6 +31,7 @@
 #include "effects/equalizer_values.h"
 #include "platform/message_target.h"
 #include "playback/audio_output.h"
+#include "playback/locked_file.h"
 #include "playback/media_decoder.h"
 #include "playlist/playlist_view.h"
 #include "shell/app_settings.h"
@@ -48,6 +49,12 @@ class Registry;
 
 namespace playback {
 class FormatRegistry;
+class ReaderDecoder;
+struct FormatPlugin;
+}  // namespace playback
+
+namespace decoders {
+class WavReader;
 }
 
 namespace effects {
@@ -224,6 +231,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   SettingsTargets Targets();
   void LoadSettings();
   void SetUpFormats();
+  void SetUpReaderFormat(playback::ReaderDecoder& decoder, int formatId, const char* extension);
   void BuildSkipTimeMenu();
   void CheckSkipTimeEntries();
   void BuildLanguageEntries();
@@ -249,9 +257,16 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
 
   playback::MediaDecoder idleDecoder;
   playback::AudioOutput output;                           // the root: it opens no device itself
+  playback::LockedFile sharedFile;                        // what decoders read local files through
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;
+  // The reader-driven formats. Each decoder goes before the reader it drives,
+  // and the plug-in's reader before its library.
+  std::unique_ptr<decoders::WavReader> wavReader;
+  std::unique_ptr<playback::ReaderDecoder> wavDecoder;
+  std::unique_ptr<playback::FormatPlugin> aacPlugin;
+  std::unique_ptr<playback::ReaderDecoder> aacDecoder;
 
   LanguageLayer language;
   std::vector<std::uint32_t> languageTable{0};

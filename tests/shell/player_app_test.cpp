@@ -9,6 +9,7 @@
 #include "platform/local_time.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
+#include "platform/wave_out_capture.h"
 #include "platform/texts.h"
 #include "playback/format_registry.h"
 #include "playback/playback_settings.h"
@@ -243,6 +244,43 @@ TEST_F(PlayerAppTest, InitSetsUpThePlaylistFormatsAndLeavesTheNativeListDisabled
   EXPECT_EQ(formats.FormatOf("/a/b.asx"), playback::kFormatAsx);
   EXPECT_TRUE(formats.IsEnabled(playback::kFormatM3u));
   EXPECT_FALSE(formats.IsEnabled(playback::kFormatNativeList));
+}
+
+TEST_F(PlayerAppTest, InitBindsWavAndWithoutThePlugInLeavesAacAbsent) {
+  Start();
+  playback::MediaDecoder* wav = formats.DecoderForPath("/music/a.WAV");
+  ASSERT_NE(wav, nullptr);
+  EXPECT_TRUE(formats.IsEnabled(playback::kFormatWav));
+  EXPECT_EQ(formats.FormatOf("/music/a.aac"), playback::kFormatNone);
+  EXPECT_EQ(formats.DecoderForPath("/music/a.aac"), nullptr);
+  // The playlist's info reader asks the registry.
+  std::string display;
+  std::uint32_t duration = 0;
+  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/pcm16_mono.wav", &display, nullptr, nullptr, &duration,
+                                     nullptr, nullptr, nullptr));
+  EXPECT_EQ(display, "pcm16_mono");
+  EXPECT_EQ(duration, 1500u);
+  // The decoder is wired to the shared file and the output: it plays.
+  platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>());
+  ASSERT_TRUE(wav->Open(TS_WAV_DATA_DIR "/pcm8_mono.wav"));
+  EXPECT_TRUE(wav->Play());
+  wav->Stop();
+  wav->Close();
+  platform::SetWaveOutDriver(nullptr);
+  app.reset();
+  EXPECT_EQ(formats.DecoderForPath("/music/a.wav"), nullptr) << "a decoder that is gone is unbound";
+}
+
+TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
+  std::filesystem::create_directories(InstallDirectory());
+  std::filesystem::copy_file(TS_AAC_PLUGIN, InstallDirectory() + "/libTSAACPlugin.so");
+  Start();
+  EXPECT_TRUE(formats.IsEnabled(playback::kFormatAac));
+  EXPECT_NE(formats.DecoderForPath("/music/a.aac"), nullptr);
+  std::uint32_t duration = 0;
+  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/aac_mono.aac", nullptr, nullptr, nullptr, &duration, nullptr,
+                                     nullptr, nullptr));
+  EXPECT_GT(duration, 1500u);
 }
 
 TEST_F(PlayerAppTest, TheMenuHasItsSubmenusWhereTheCodeFindsThem) {
