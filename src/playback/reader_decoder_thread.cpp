@@ -114,10 +114,13 @@ bool ReaderDecoder::WaitForQueueRoom(std::uint32_t samples, bool& finished) {
       finished = true;  // a stream that died under the writer is the end of the track
       return false;
     }
-    for (int waited = 0; waited < kRoomPollMs && !StopRequested(); waited += kStopPollMs) {
+    // Up to 100 ms, looking every 10 ms for a stop and for room: a device
+    // that plays faster than real time (the capture device) is fed at once.
+    for (int waited = 0; waited < kRoomPollMs; waited += kStopPollMs) {
       platform::SleepMs(kStopPollMs);
+      if (StopRequested()) return false;
+      if (threadOutput->WaitForRoom(handle.load(std::memory_order_relaxed), samples) != 0) break;
     }
-    if (StopRequested()) return false;
   }
   return !StopRequested();
 }
