@@ -14,7 +14,6 @@
 // holds them after the first pass, so the figures are of the code, not of
 // the disk.
 #include <benchmark/benchmark.h>
-
 #include <unistd.h>
 
 #include <cstdio>
@@ -54,8 +53,8 @@ std::string MakePcmFile(const std::string& folder) {
     data[2 * i] = static_cast<char>(sample & 0xFF);
     data[2 * i + 1] = static_cast<char>(sample >> 8);
   }
-  const std::string format = std::string("\x01\x00\x02\x00", 4) + Le32(kRate) + Le32(kRate * 4) +
-                             std::string("\x04\x00\x10\x00", 4);
+  const std::string format =
+      std::string("\x01\x00\x02\x00", 4) + Le32(kRate) + Le32(kRate * 4) + std::string("\x04\x00\x10\x00", 4);
   const std::string path = folder + "/pcm16.wav";
   std::ofstream(path, std::ios::binary) << "RIFF" << Le32(36 + dataBytes) << "WAVEfmt " << Le32(16) << format
                                         << "data" << Le32(dataBytes) << data;
@@ -100,8 +99,8 @@ void WavThroughDecoder(benchmark::State& state) {
     playback::PlaybackSettings::Write(*option, false);
   }
   for (auto _ : state) {
-    platform::SetWaveOutDriver(
-        std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{platform::CapturePace::kUnpaced, false, 1}));
+    platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>(
+        platform::CaptureOptions{platform::CapturePace::kUnpaced, false, 1}));
     playback::AudioOutput output;
     playback::LockedFile file;
     platform::MessageQueue notify;

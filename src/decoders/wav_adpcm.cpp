@@ -33,7 +33,8 @@ std::int16_t DecodeNibble(ChannelState& channel, unsigned code) {
   const std::int64_t step = channel.delta;
   channel.delta = std::clamp<std::int64_t>((kAdaption[code] * step) >> 8, kMinStep, kMaxStep);
   const std::int64_t signedCode = code >= 8 ? static_cast<std::int64_t>(code) - 16 : code;
-  const std::int64_t predicted = (channel.coefficient1 * channel.sample1 + channel.coefficient2 * channel.sample2) >> 8;
+  const std::int64_t predicted =
+      (channel.coefficient1 * channel.sample1 + channel.coefficient2 * channel.sample2) >> 8;
   const std::int16_t value = Clip(signedCode * step + predicted);
   channel.sample2 = channel.sample1;
   channel.sample1 = value;

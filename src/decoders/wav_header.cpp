@@ -18,7 +18,8 @@ constexpr std::uint32_t kPcmSamplesPerBlock = 32768;
 bool ReadId(ByteSource& source, const char* expected) {
   char id[4] = {};
   std::uint32_t got = 0;
-  return source.Read(id, sizeof id, &got) != 0 && got == sizeof id && std::memcmp(id, expected, sizeof id) == 0;
+  return source.Read(id, sizeof id, &got) != 0 && got == sizeof id &&
+         std::memcmp(id, expected, sizeof id) == 0;
 }
 
 struct ChunkHeader {
@@ -34,7 +35,9 @@ bool ReadChunkHeader(ByteSource& source, ChunkHeader& chunk) {
 }
 
 // A chunk of odd size is followed by a pad byte.
-std::int64_t PaddedSize(std::uint32_t size) { return static_cast<std::int64_t>(size) + (size & 1); }
+std::int64_t PaddedSize(std::uint32_t size) {
+  return static_cast<std::int64_t>(size) + (size & 1);
+}
 
 bool SeekTo(ByteSource& source, std::int64_t position) {
   return position >= 0 && source.Seek(position, ByteSource::kFromBegin) == position;
@@ -54,7 +57,8 @@ bool ReadAdpcmExtension(ByteSource& source, WavHeader& header, bool readCoeffici
   const std::uint16_t extensionBytes = source.ReadU16();
   header.samplesPerBlock = source.ReadU16();
   header.coefficientCount = source.ReadU16();
-  if (source.GetError() != 0 || extensionBytes < kMinAdpcmExtension || header.bitsPerSample != 4) return false;
+  if (source.GetError() != 0 || extensionBytes < kMinAdpcmExtension || header.bitsPerSample != 4)
+    return false;
   if (header.channels == 0 || header.samplesPerBlock == 1) return false;
   header.minBlockBytes = AdpcmMinBlockBytes(header.channels, header.samplesPerBlock);
   if (header.minBlockBytes > header.blockAlign) return false;
@@ -74,7 +78,8 @@ bool ReadAdpcmExtension(ByteSource& source, WavHeader& header, bool readCoeffici
 std::uint32_t AdpcmMinBlockBytes(std::uint32_t channels, std::uint32_t samplesPerBlock) {
   std::uint64_t bytes = 7ull * channels;
   if (samplesPerBlock > 2) bytes += ((static_cast<std::uint64_t>(samplesPerBlock) - 2) * channels + 1) >> 1;
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
 }
 
 bool ReadWavHeader(ByteSource& source, WavHeader& header, bool readCoefficients) {
@@ -90,7 +95,8 @@ bool ReadWavHeader(ByteSource& source, WavHeader& header, bool readCoefficients)
   if (source.GetError() != 0) return false;
   const std::int64_t formatFieldsEnd = source.Seek(0, ByteSource::kFromCurrent);
   if (formatFieldsEnd == ByteSource::kSeekFailed) return false;
-  if (header.formatTag == kWavMicrosoftAdpcm && !ReadAdpcmExtension(source, header, readCoefficients)) return false;
+  if (header.formatTag == kWavMicrosoftAdpcm && !ReadAdpcmExtension(source, header, readCoefficients))
+    return false;
 
   if (!SeekTo(source, formatFieldsEnd - kFormatFieldBytes + PaddedSize(format.size))) return false;
   ChunkHeader chunk;
@@ -124,7 +130,8 @@ std::uint32_t WavDurationMs(std::uint64_t frames, std::uint32_t samplesPerSec) {
   if (samplesPerSec == 0) return 0;
   // frames < 2^48 here (a u32 data size), so the product fits.
   const std::uint64_t milliseconds = frames * 1000 / samplesPerSec;
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(milliseconds, std::numeric_limits<std::uint32_t>::max()));
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(milliseconds, std::numeric_limits<std::uint32_t>::max()));
 }
 
 std::uint32_t ReaderSamplesPerBlock(const WavHeader& header) {

@@ -37,7 +37,9 @@ const char* CodecName(std::uint16_t formatTag) {
 
 }  // namespace
 
-void WavReader::SetSource(ByteSource* byteSource, const char* /*path*/) { source = byteSource; }
+void WavReader::SetSource(ByteSource* byteSource, const char* /*path*/) {
+  source = byteSource;
+}
 
 int WavReader::Open(const char* newPath) {
   if (source == nullptr || newPath == nullptr) return 0;
@@ -56,8 +58,8 @@ bool WavReader::OpenHeader(const char* newPath) {
   path = newPath;
   if (!ReadWavHeader(*source, header, true)) return false;
   samplesPerBlock = ReaderSamplesPerBlock(header);
-  const std::uint64_t pcmSamples =
-      std::max<std::uint64_t>(1, static_cast<std::uint64_t>(header.channels) * LargestBlockFrames(header, samplesPerBlock));
+  const std::uint64_t pcmSamples = std::max<std::uint64_t>(
+      1, static_cast<std::uint64_t>(header.channels) * LargestBlockFrames(header, samplesPerBlock));
   rawBytes = std::max<std::uint32_t>(samplesPerBlock * 2, header.blockAlign);
   pcmBuffer.reset(new (std::nothrow) std::int16_t[pcmSamples]());
   rawBuffer.reset(new (std::nothrow) std::uint8_t[rawBytes]());
@@ -73,7 +75,8 @@ int WavReader::Seek(int milliseconds) {
   if (source == nullptr || source->IsOpen() == 0) return -1;
   std::int64_t target = std::max(milliseconds, 0);
   if (target > static_cast<std::int64_t>(durationMs)) target = std::max<std::int64_t>(0, durationMs - 1000ll);
-  std::uint64_t offset = durationMs == 0 ? 0 : header.dataSize * static_cast<std::uint64_t>(target) / durationMs;
+  std::uint64_t offset =
+      durationMs == 0 ? 0 : header.dataSize * static_cast<std::uint64_t>(target) / durationMs;
   decodedLeft = 0;
   decodedStart = 0;
   if (header.blockAlign != 0) offset -= offset % header.blockAlign;
@@ -110,12 +113,15 @@ int WavReader::GetTrackInfo(const char* filePath, playback::TrackInfo* info) {
   info->SetCodecA(CodecName(fileHeader.formatTag));
   info->SetSampleRate(fileHeader.samplesPerSec);
   info->SetStereo(fileHeader.channels == 2 ? 1 : 0);
-  info->SetBitRate(static_cast<std::uint32_t>(std::min<std::uint64_t>(fileHeader.avgBytesPerSec * 8ull, kMaxU32)));
+  info->SetBitRate(
+      static_cast<std::uint32_t>(std::min<std::uint64_t>(fileHeader.avgBytesPerSec * 8ull, kMaxU32)));
   info->SetDuration(WavDurationMs(frames, fileHeader.samplesPerSec));
   return 1;
 }
 
-std::uint32_t WavReader::GetDuration() { return durationMs; }
+std::uint32_t WavReader::GetDuration() {
+  return durationMs;
+}
 
 int WavReader::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_t* got) {
   std::uint32_t delivered = 0;
@@ -133,15 +139,18 @@ int WavReader::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32
 std::uint32_t WavReader::DataBytesLeft(std::uint32_t wanted) {
   const std::int64_t position = source->Seek(0, ByteSource::kFromCurrent);
   const std::uint64_t end = header.dataStart + header.dataSize;
-  if (position == ByteSource::kSeekFailed || position < 0 || static_cast<std::uint64_t>(position) >= end) return 0;
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted, end - static_cast<std::uint64_t>(position)));
+  if (position == ByteSource::kSeekFailed || position < 0 || static_cast<std::uint64_t>(position) >= end)
+    return 0;
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(wanted, end - static_cast<std::uint64_t>(position)));
 }
 
 std::uint32_t WavReader::ReadPcm(std::int16_t* destination, std::uint32_t wanted) {
   std::uint32_t gotBytes = 0;
   if (header.bitsPerSample == 16) {
     // Straight into the caller's block, without a copy.
-    const std::uint32_t bytes = DataBytesLeft(static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted * 2ull, kMaxU32)));
+    const std::uint32_t bytes =
+        DataBytesLeft(static_cast<std::uint32_t>(std::min<std::uint64_t>(wanted * 2ull, kMaxU32)));
     if (bytes == 0 || source->Read(destination, bytes, &gotBytes) == 0) return 0;
     return gotBytes / 2;
   }
@@ -171,8 +180,8 @@ std::uint32_t WavReader::ReadAdpcm(std::int16_t* destination, std::uint32_t want
     if (block == 0 || source->Read(rawBuffer.get(), block, &gotBytes) == 0 || gotBytes == 0) break;
     // Of a stereo block only the first `frames` samples are delivered: the
     // player's way with ADPCM, kept.
-    decodedLeft = DecodeAdpcmBlock(rawBuffer.get(), gotBytes, header.channels, blockFrames, header.coefficients,
-                                   pcmBuffer.get(), nullptr);
+    decodedLeft = DecodeAdpcmBlock(rawBuffer.get(), gotBytes, header.channels, blockFrames,
+                                   header.coefficients, pcmBuffer.get(), nullptr);
     decodedStart = 0;
     if (decodedLeft == 0) break;
   }

@@ -2,22 +2,34 @@
 
 namespace playback {
 
-std::int64_t ByteSource::GetSize() { return kUnknownSize; }
+std::int64_t ByteSource::GetSize() {
+  return kUnknownSize;
+}
 
-std::int64_t ByteSource::Seek(std::int64_t /*offset*/, int /*origin*/) { return 0; }
+std::int64_t ByteSource::Seek(std::int64_t /*offset*/, int /*origin*/) {
+  return 0;
+}
 
 int ByteSource::Read(void* /*destination*/, std::uint32_t /*count*/, std::uint32_t* got) {
   if (got != nullptr) *got = 0;
   return 0;
 }
 
-int ByteSource::Close() { return 0; }
+int ByteSource::Close() {
+  return 0;
+}
 
-int ByteSource::Open(const char* /*path*/) { return 0; }
+int ByteSource::Open(const char* /*path*/) {
+  return 0;
+}
 
-int ByteSource::IsOpen() { return isOpen.load(std::memory_order_relaxed); }
+int ByteSource::IsOpen() {
+  return isOpen.load(std::memory_order_relaxed);
+}
 
-int ByteSource::GetError() { return error.load(std::memory_order_relaxed); }
+int ByteSource::GetError() {
+  return error.load(std::memory_order_relaxed);
+}
 
 bool ByteSource::ReadExactly(void* destination, std::uint32_t count) {
   std::uint32_t got = 0;

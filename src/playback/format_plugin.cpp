@@ -8,7 +8,8 @@ std::unique_ptr<FormatPlugin> LoadFormatPlugin(const std::vector<std::string>& c
   for (const std::string& path : candidates) {
     auto plugin = std::make_unique<FormatPlugin>();
     if (!plugin->library.Open(path)) continue;
-    const auto create = reinterpret_cast<CreateReaderFunction>(plugin->library.Symbol(kCreateReaderEntryPoint));
+    const auto create =
+        reinterpret_cast<CreateReaderFunction>(plugin->library.Symbol(kCreateReaderEntryPoint));
     if (create == nullptr) continue;
     plugin->reader.reset(create());
     if (plugin->reader) return plugin;

@@ -8,7 +8,9 @@
 
 namespace playback {
 
-LockedFile::~LockedFile() { Close(); }
+LockedFile::~LockedFile() {
+  Close();
+}
 
 std::int64_t LockedFile::GetSize() {
   std::lock_guard guard(lock);

@@ -58,13 +58,16 @@ constexpr std::uint32_t kSeekGuardPolls = 4;
 // then at its last dot.
 std::string NameWithoutExtension(const std::string& path, std::size_t units) {
   const std::size_t slash = path.find_last_of('/');
-  std::string name = platform::TruncateToUtf16Units(slash == std::string::npos ? path : path.substr(slash + 1), units);
+  std::string name =
+      platform::TruncateToUtf16Units(slash == std::string::npos ? path : path.substr(slash + 1), units);
   const std::size_t dot = name.find_last_of('.');
   if (dot != std::string::npos) name.resize(dot);
   return name;
 }
 
-std::string Cut(std::string text, std::size_t units) { return platform::TruncateToUtf16Units(text, units); }
+std::string Cut(std::string text, std::size_t units) {
+  return platform::TruncateToUtf16Units(text, units);
+}
 
 void FillSummary(TrackInfo& info, FormatSummary& summary, std::uint32_t bitRate) {
   summary.Clear();
@@ -121,7 +124,9 @@ void ReaderDecoder::GetFormatSummary(FormatSummary& summary) {
   FillSummary(info, summary, info.GetBitRate() / 1000);
 }
 
-std::uint32_t ReaderDecoder::GetDuration() { return reader != nullptr ? reader->GetDuration() : 0; }
+std::uint32_t ReaderDecoder::GetDuration() {
+  return reader != nullptr ? reader->GetDuration() : 0;
+}
 
 std::uint32_t ReaderDecoder::GetPosition() {
   std::uint32_t guard = seekGuard.load(std::memory_order_relaxed);
@@ -147,8 +152,8 @@ bool ReaderDecoder::Seek(int positionMs) {
     const bool crossfade = PlaybackSettings::Read(options.crossfade);
     const bool reuse = PlaybackSettings::Read(options.gapless) && !crossfade;
     const std::uint32_t old = handle.load(std::memory_order_relaxed);
-    const std::uint32_t fresh = threadOutput->OpenStream(reuse ? 1 : 0, 1, rate,
-                                                         static_cast<int>(channels.load()), StreamCapacity());
+    const std::uint32_t fresh =
+        threadOutput->OpenStream(reuse ? 1 : 0, 1, rate, static_cast<int>(channels.load()), StreamCapacity());
     if (crossfade) threadOutput->SetStreamParam(fresh, kParamFadeInMs, kSeekFadeMs);
     if (crossfade && seekGuard.load(std::memory_order_relaxed) == 0) {
       threadOutput->ControlStream(old, kStreamFadeTail, kSeekFadeMs);

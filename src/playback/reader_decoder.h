@@ -49,9 +49,9 @@ class ReaderDecoder : public MediaDecoder {
   void Close() override;
   bool Open(const std::string& path) override;
   // Display texts are cut to 256 UTF-16 units, the path's name to 256 too.
-  bool GetFileDetails(const std::string& path, std::string* display, std::string* album, FormatSummary* summary,
-                      std::uint32_t* durationMs, std::uint32_t* reserved, std::string* artist,
-                      std::string* title) override;
+  bool GetFileDetails(const std::string& path, std::string* display, std::string* album,
+                      FormatSummary* summary, std::uint32_t* durationMs, std::uint32_t* reserved,
+                      std::string* artist, std::string* title) override;
 
  private:
   // The decode thread (reader_decoder_thread.cpp).
@@ -71,9 +71,9 @@ class ReaderDecoder : public MediaDecoder {
   // Set on the window thread while no thread runs.
   std::string path;  // of the open track; empty after Close
   FormatReader* reader = nullptr;
-  AudioOutput* threadOutput = nullptr;                  // `output` as Play found it
-  platform::MessageTarget* threadNotify = nullptr;      // `notifyWindow` as Play found it
-  bool closing = false;                                 // Stop runs inside Close: leave the stream alone
+  AudioOutput* threadOutput = nullptr;              // `output` as Play found it
+  platform::MessageTarget* threadNotify = nullptr;  // `notifyWindow` as Play found it
+  bool closing = false;                             // Stop runs inside Close: leave the stream alone
   platform::Thread thread;
 
   // Lock order: sourceLock, then outputLock; never the other way.

@@ -29,7 +29,8 @@ void ReaderDecoder::DecodeThread() {
   const std::uint64_t blockBytes = std::min<std::uint64_t>(
       static_cast<std::uint64_t>(channels.load()) * sampleRate.load(), kMaxBlockBytes);
   const auto blockSamples = static_cast<std::uint32_t>(blockBytes / 2);
-  std::unique_ptr<std::int16_t[]> block(blockSamples == 0 ? nullptr : new (std::nothrow) std::int16_t[blockSamples]);
+  std::unique_ptr<std::int16_t[]> block(blockSamples == 0 ? nullptr
+                                                          : new (std::nothrow) std::int16_t[blockSamples]);
   bool finished = false;
   if (block) DecodeLoop(block.get(), blockSamples, finished);
   {

@@ -13,8 +13,8 @@
 #include "platform/texts.h"
 #include "playback/format_plugin.h"
 #include "playback/format_registry.h"
-#include "playback/reader_decoder.h"
 #include "playback/playback_settings.h"
+#include "playback/reader_decoder.h"
 #include "shell/bookmark_store.h"
 #include "shell/dialogs.h"
 #include "shell/instance_link.h"
@@ -271,8 +271,8 @@ void PlayerApp::SetUpFormats() {
 
   // AAC through the plug-in, looked for beside the executable, then in the
   // install directory. Without it the format stays absent, without a word.
-  aacPlugin = playback::LoadFormatPlugin(
-      playback::AacPluginCandidates(platform::ExecutableDirectory(), platform::ReadInstallDirectory(services.registry)));
+  aacPlugin = playback::LoadFormatPlugin(playback::AacPluginCandidates(
+      platform::ExecutableDirectory(), platform::ReadInstallDirectory(services.registry)));
   if (aacPlugin) {
     aacDecoder = std::make_unique<playback::ReaderDecoder>();
     aacDecoder->SetReader(aacPlugin->reader.get());

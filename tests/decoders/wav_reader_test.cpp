@@ -1,13 +1,13 @@
 // The WAV reader against sox's decode of the same files, and its handling of
 // layouts and damage that no tool writes (files built byte by byte).
-#include <gtest/gtest.h>
+#include "decoders/wav_reader.h"
 
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <memory>
 
 #include "decoders/wav_adpcm.h"
-#include "decoders/wav_reader.h"
 #include "playback/locked_file.h"
 #include "support/test_environment.h"
 #include "wav_test_files.h"
@@ -52,7 +52,9 @@ struct FileCase {
   std::uint32_t channels;
 };
 
-void PrintTo(const FileCase& fileCase, std::ostream* out) { *out << fileCase.name; }
+void PrintTo(const FileCase& fileCase, std::ostream* out) {
+  *out << fileCase.name;
+}
 
 class WavSoundTest : public WavReaderTest, public ::testing::WithParamInterface<FileCase> {};
 
@@ -153,13 +155,13 @@ TEST_F(WavReaderTest, FloatSamplesOpenWithTheirLengthAndReadAsEmpty) {
 }
 
 TEST_F(WavReaderTest, APredictorBeyondTheTableDecodesWithTheFirstPair) {
-  const std::vector<decoders::AdpcmCoefficient> table = {{256, 0}, {512, -256}, {0, 0}, {192, 64},
+  const std::vector<decoders::AdpcmCoefficient> table = {{256, 0}, {512, -256}, {0, 0},     {192, 64},
                                                          {240, 0}, {460, -208}, {392, -232}};
   std::string block = std::string("\x09") + Le16(40) + Le16(1000) + Le16(900) + "\x7A\x19\xF3\x80";
   Samples odd(10);
   const char* diagnostic = nullptr;
-  ASSERT_EQ(decoders::DecodeAdpcmBlock(reinterpret_cast<const std::uint8_t*>(block.data()), block.size(), 1, 10,
-                                       table, odd.data(), &diagnostic),
+  ASSERT_EQ(decoders::DecodeAdpcmBlock(reinterpret_cast<const std::uint8_t*>(block.data()), block.size(), 1,
+                                       10, table, odd.data(), &diagnostic),
             10u);
   EXPECT_STREQ(diagnostic, decoders::kAdpcmPredictorDiagnostic);
   block[0] = 0;
@@ -219,7 +221,8 @@ class WavDamageTest : public WavReaderTest {
     return opened;
   }
   std::string AdpcmFormat(std::uint16_t blockAlign, std::uint16_t cbSize, std::uint16_t coefficients,
-                          std::uint16_t samplesPerBlock = 500, std::uint16_t bits = 4, std::uint16_t channels = 1) {
+                          std::uint16_t samplesPerBlock = 500, std::uint16_t bits = 4,
+                          std::uint16_t channels = 1) {
     std::string format = FormatFields(2, channels, 8000, 4096, blockAlign, bits) + Le16(cbSize) +
                          Le16(samplesPerBlock) + Le16(coefficients);
     for (std::uint16_t i = 0; i < coefficients; ++i) format += Le16(256) + Le16(0);

@@ -6,7 +6,9 @@
 
 namespace wav_testing {
 
-std::string MediaPath(const std::string& name) { return std::string(TS_TEST_DATA_DIR) + "/wav/" + name; }
+std::string MediaPath(const std::string& name) {
+  return std::string(TS_TEST_DATA_DIR) + "/wav/" + name;
+}
 
 std::vector<std::int16_t> DecodeWith(const std::string& command) {
   std::vector<std::int16_t> samples;
@@ -15,7 +17,8 @@ std::vector<std::int16_t> DecodeWith(const std::string& command) {
   std::array<std::uint8_t, 8192> chunk{};
   std::string bytes;
   std::size_t got = 0;
-  while ((got = std::fread(chunk.data(), 1, chunk.size(), pipe)) > 0) bytes.append(chunk.begin(), chunk.begin() + got);
+  while ((got = std::fread(chunk.data(), 1, chunk.size(), pipe)) > 0)
+    bytes.append(chunk.begin(), chunk.begin() + got);
   if (pclose(pipe) != 0) return samples;
   samples.resize(bytes.size() / 2);
   for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -53,8 +56,8 @@ std::string Riff(std::initializer_list<std::string> chunks) {
   return "RIFF" + Le32(static_cast<std::uint32_t>(body.size())) + body;
 }
 
-std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate, std::uint32_t bytesPerSecond,
-                         std::uint16_t blockAlign, std::uint16_t bits) {
+std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
+                         std::uint32_t bytesPerSecond, std::uint16_t blockAlign, std::uint16_t bits) {
   return Le16(tag) + Le16(channels) + Le32(rate) + Le32(bytesPerSecond) + Le16(blockAlign) + Le16(bits);
 }
 

@@ -28,8 +28,8 @@ std::string Chunk(std::string_view id, std::string_view body);
 // "RIFF", size, "WAVE" and the chunks in order.
 std::string Riff(std::initializer_list<std::string> chunks);
 // The 16 common bytes of a fmt chunk.
-std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate, std::uint32_t bytesPerSecond,
-                         std::uint16_t blockAlign, std::uint16_t bits);
+std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
+                         std::uint32_t bytesPerSecond, std::uint16_t blockAlign, std::uint16_t bits);
 
 // The fmt and data bodies of a file that has them (walked the simple way).
 struct WavParts {

@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     blocks += bytes[frame.offset + 6] % 4 + 1;
   }
   if (blocks != index.TotalBlocks()) std::abort();
-  if (index.FrameForBlock(blocks + 10) != index.Frames().size() - 1 || index.FrameForBlock(0) != 0) std::abort();
+  if (index.FrameForBlock(blocks + 10) != index.Frames().size() - 1 || index.FrameForBlock(0) != 0)
+    std::abort();
   index.DurationMs();
   return 0;
 }

@@ -29,7 +29,8 @@ class MemorySource final : public playback::ByteSource {
   int Read(void* destination, std::uint32_t count, std::uint32_t* got) override {
     std::uint32_t copied = 0;
     if (position < GetSize()) {
-      copied = static_cast<std::uint32_t>(std::min<std::uint64_t>(count, length - static_cast<std::size_t>(position)));
+      copied = static_cast<std::uint32_t>(
+          std::min<std::uint64_t>(count, length - static_cast<std::size_t>(position)));
       std::memcpy(destination, bytes + position, copied);
       position += copied;
     }

@@ -1,12 +1,12 @@
 // The byte source and the shared file of local files.
-#include <gtest/gtest.h>
+#include "playback/byte_source.h"
 
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <thread>
 
-#include "playback/byte_source.h"
 #include "playback/locked_file.h"
 #include "support/test_environment.h"
 

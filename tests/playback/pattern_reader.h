@@ -14,7 +14,9 @@ namespace reader_testing {
 
 // Sample i of the pattern: never quiet (always at least 600), and distinct
 // for the first 32000 samples.
-inline std::int16_t PatternSample(std::uint32_t index) { return static_cast<std::int16_t>(600 + index % 32000); }
+inline std::int16_t PatternSample(std::uint32_t index) {
+  return static_cast<std::int16_t>(600 + index % 32000);
+}
 
 class PatternReader : public playback::FormatReader {
  public:

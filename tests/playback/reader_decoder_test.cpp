@@ -1,6 +1,8 @@
 // The reader-driven decoder through the real output engine into capture
 // devices: WAV files against sox's decode, and the track-end, stop and seek
 // protocols with a pattern reader whose every sample is known.
+#include "playback/reader_decoder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +14,6 @@
 #include "platform/message_queue.h"
 #include "playback/locked_file.h"
 #include "playback/playback_settings.h"
-#include "playback/reader_decoder.h"
 
 namespace {
 
@@ -113,8 +114,9 @@ TEST_F(ReaderDecoderTest, ATrackShorterThanThePrefillStillSounds) {
   const wav_testing::WavParts parts =
       wav_testing::SplitWav(testing_support::ReadFile(wav_testing::MediaPath("pcm16_mono.wav")));
   const std::string path = Root().File("short.wav");
-  testing_support::WriteFile(path, wav_testing::Riff({wav_testing::Chunk("fmt ", parts.format),
-                                                      wav_testing::Chunk("data", parts.data.substr(0, 4800))}));
+  testing_support::WriteFile(path,
+                             wav_testing::Riff({wav_testing::Chunk("fmt ", parts.format),
+                                                wav_testing::Chunk("data", parts.data.substr(0, 4800))}));
   decoders::WavReader reader;
   ReaderDecoder& wav = Wire(reader);
   ASSERT_TRUE(wav.Open(path));
@@ -278,8 +280,8 @@ TEST_F(ReaderDecoderTest, FileDetailsAndTitlesComeFromTheReadersRecord) {
   playback::FormatSummary summary;
   std::uint32_t duration = 0;
   std::uint32_t reserved = 99;
-  ASSERT_TRUE(pattern.GetFileDetails("/music/Some Song.v2.wav", &display, &album, &summary, &duration, &reserved,
-                                     nullptr, nullptr));
+  ASSERT_TRUE(pattern.GetFileDetails("/music/Some Song.v2.wav", &display, &album, &summary, &duration,
+                                     &reserved, nullptr, nullptr));
   EXPECT_EQ(display, "Some Song.v2") << "no title: the name without folder and extension";
   EXPECT_EQ(album, "Album");
   EXPECT_EQ(duration, 3000u);
@@ -287,8 +289,8 @@ TEST_F(ReaderDecoderTest, FileDetailsAndTitlesComeFromTheReadersRecord) {
   EXPECT_EQ(summary.bitRate, 128999u) << "raw here";
   EXPECT_EQ(summary.genre, "A genre with a name far longer ") << "31 units";
   EXPECT_EQ(summary.trackNumber, 7u);
-  EXPECT_FALSE(pattern.GetFileDetails("/music/missing.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                      nullptr));
+  EXPECT_FALSE(pattern.GetFileDetails("/music/missing.wav", &display, nullptr, nullptr, nullptr, nullptr,
+                                      nullptr, nullptr));
 
   std::string title;
   ASSERT_TRUE(pattern.Open("/music/Track 1.wav"));
@@ -300,12 +302,14 @@ TEST_F(ReaderDecoderTest, FileDetailsAndTitlesComeFromTheReadersRecord) {
   reader.title = "Title";
   ASSERT_TRUE(pattern.GetDisplayTitle(title));
   EXPECT_EQ(title, "Title");
-  ASSERT_TRUE(pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+  ASSERT_TRUE(
+      pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
   EXPECT_EQ(display, "Title");
   reader.artist = "Artist";
   ASSERT_TRUE(pattern.GetDisplayTitle(title));
   EXPECT_EQ(title, "Artist - Title");
-  ASSERT_TRUE(pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+  ASSERT_TRUE(
+      pattern.GetFileDetails("/x.wav", &display, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
   EXPECT_EQ(display, "Artist - Title");
 
   pattern.GetFormatSummary(summary);

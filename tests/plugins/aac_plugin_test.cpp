@@ -52,7 +52,8 @@ double SnrAt(const Samples& ours, const Samples& reference, std::ptrdiff_t lag, 
     const std::ptrdiff_t at = static_cast<std::ptrdiff_t>(i) + lag;
     if (at < 0 || at >= static_cast<std::ptrdiff_t>(reference.size())) continue;
     const double difference = static_cast<double>(ours[i]) - reference[static_cast<std::size_t>(at)];
-    signal += static_cast<double>(reference[static_cast<std::size_t>(at)]) * reference[static_cast<std::size_t>(at)];
+    signal += static_cast<double>(reference[static_cast<std::size_t>(at)]) *
+              reference[static_cast<std::size_t>(at)];
     noise += difference * difference;
     ++count;
   }
@@ -179,8 +180,10 @@ TEST_F(AacPluginTest, AnAacFileSoundsAsFfmpegDecodesIt) {
   const Samples steady = Slice(left, 3 * kFrames, (left.size() / kFrames - 1) * kFrames);
   const double snr = SnrAt(steady, reference, agreement.lag + 3 * kFrames, steady.size());
   const int largest = LargestDifference(steady, reference, agreement.lag + 3 * kFrames);
-  std::printf("aac_mono.aac: lag %td, SNR %.1f dB over all %zu samples, %.1f dB and at most %d apart past the onset\n",
-              agreement.lag, agreement.snr, agreement.compared, snr, largest);
+  std::printf(
+      "aac_mono.aac: lag %td, SNR %.1f dB over all %zu samples, %.1f dB and at most %d apart past the "
+      "onset\n",
+      agreement.lag, agreement.snr, agreement.compared, snr, largest);
   EXPECT_GT(snr, kMinimumSnr);
   EXPECT_LE(largest, kLargestDifference);
 }

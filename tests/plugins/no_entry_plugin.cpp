@@ -1,2 +1,4 @@
 // A library that loads but has no entry point: the player must pass it by.
-extern "C" int SomethingElse() { return 0; }
+extern "C" int SomethingElse() {
+  return 0;
+}

@@ -9,8 +9,8 @@
 #include "platform/local_time.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
-#include "platform/wave_out_capture.h"
 #include "platform/texts.h"
+#include "platform/wave_out_capture.h"
 #include "playback/format_registry.h"
 #include "playback/playback_settings.h"
 #include "shell/process_start.h"
@@ -278,8 +278,8 @@ TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
   EXPECT_TRUE(formats.IsEnabled(playback::kFormatAac));
   EXPECT_NE(formats.DecoderForPath("/music/a.aac"), nullptr);
   std::uint32_t duration = 0;
-  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/aac_mono.aac", nullptr, nullptr, nullptr, &duration, nullptr,
-                                     nullptr, nullptr));
+  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/aac_mono.aac", nullptr, nullptr, nullptr, &duration,
+                                     nullptr, nullptr, nullptr));
   EXPECT_GT(duration, 1500u);
 }
 

@@ -59,8 +59,8 @@ int AacReader::Open(const char* path) {
   file = std::move(opened);
   std::uint32_t rate = 0;
   std::uint32_t count = 0;
-  if (!ReadFrame(0, frameBytes) || !decoder.Open(frameBytes.data(), frameBytes.size(), rate, count) || rate == 0 ||
-      count == 0) {
+  if (!ReadFrame(0, frameBytes) || !decoder.Open(frameBytes.data(), frameBytes.size(), rate, count) ||
+      rate == 0 || count == 0) {
     Close();
     return 0;
   }
@@ -81,14 +81,16 @@ int AacReader::Seek(int milliseconds) {
     // From the start exactly as a fresh open plays it.
     std::uint32_t rate = 0;
     std::uint32_t count = 0;
-    if (!ReadFrame(0, frameBytes) || !decoder.Open(frameBytes.data(), frameBytes.size(), rate, count)) return -1;
+    if (!ReadFrame(0, frameBytes) || !decoder.Open(frameBytes.data(), frameBytes.size(), rate, count))
+      return -1;
   } else if (ReadFrame(frame - 1, frameBytes)) {
     // The frame before fills the filter bank; its output is dropped.
     FaadDecoder::Output output;
     decoder.Decode(frameBytes.data(), frameBytes.size(), output);
   }
   nextFrame = frame;
-  return static_cast<int>(std::min<std::uint64_t>(index.BlockMs(index.Frames()[frame].firstBlock), 0x7FFFFFFF));
+  return static_cast<int>(
+      std::min<std::uint64_t>(index.BlockMs(index.Frames()[frame].firstBlock), 0x7FFFFFFF));
 }
 
 void AacReader::Close() {
@@ -128,7 +130,9 @@ int AacReader::GetTrackInfo(const char* path, playback::TrackInfo* info) {
   return 1;
 }
 
-std::uint32_t AacReader::GetDuration() { return durationMs; }
+std::uint32_t AacReader::GetDuration() {
+  return durationMs;
+}
 
 int AacReader::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_t* got) {
   std::uint32_t delivered = 0;
@@ -151,7 +155,8 @@ bool AacReader::DecodeNextFrame() {
     if (!ReadFrame(nextFrame++, frameBytes)) return false;
     FaadDecoder::Output output;
     // A damaged frame is skipped; so is the first, which only fills the filter bank.
-    if (!decoder.Decode(frameBytes.data(), frameBytes.size(), output) || output.count == 0 || output.channels == 0) {
+    if (!decoder.Decode(frameBytes.data(), frameBytes.size(), output) || output.count == 0 ||
+        output.channels == 0) {
       continue;
     }
     const std::uint32_t frames = output.count / output.channels;
@@ -159,7 +164,8 @@ bool AacReader::DecodeNextFrame() {
     for (std::uint32_t frame = 0; frame < frames; ++frame) {
       for (std::uint32_t channel = 0; channel < channels; ++channel) {
         const std::uint32_t from = std::min(channel, output.channels - 1);
-        pending[static_cast<std::size_t>(frame) * channels + channel] = output.samples[frame * output.channels + from];
+        pending[static_cast<std::size_t>(frame) * channels + channel] =
+            output.samples[frame * output.channels + from];
       }
     }
     return true;

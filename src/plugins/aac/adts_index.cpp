@@ -121,8 +121,9 @@ std::uint64_t AdtsIndex::BlockMs(std::uint64_t block) const {
 
 std::size_t AdtsIndex::FrameForBlock(std::uint64_t block) const {
   if (frames.empty()) return 0;
-  const auto after = std::upper_bound(frames.begin(), frames.end(), block,
-                                      [](std::uint64_t wanted, const AdtsFrame& frame) { return wanted < frame.firstBlock; });
+  const auto after = std::upper_bound(
+      frames.begin(), frames.end(), block,
+      [](std::uint64_t wanted, const AdtsFrame& frame) { return wanted < frame.firstBlock; });
   return after == frames.begin() ? 0 : static_cast<std::size_t>(after - frames.begin() - 1);
 }
 

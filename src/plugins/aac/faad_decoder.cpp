@@ -11,7 +11,9 @@ constexpr std::size_t kGuardBytes = 64;
 
 }  // namespace
 
-FaadDecoder::~FaadDecoder() { Close(); }
+FaadDecoder::~FaadDecoder() {
+  Close();
+}
 
 bool FaadDecoder::Open(const std::uint8_t* firstFrame, std::size_t bytes, std::uint32_t& sampleRate,
                        std::uint32_t& channels) {
@@ -27,7 +29,8 @@ bool FaadDecoder::Open(const std::uint8_t* firstFrame, std::size_t bytes, std::u
   frameCopy.resize(bytes + kGuardBytes, 0);
   unsigned long rate = 0;
   unsigned char count = 0;
-  if (NeAACDecInit(decoder, frameCopy.data(), static_cast<unsigned long>(bytes), &rate, &count) < 0) return false;
+  if (NeAACDecInit(decoder, frameCopy.data(), static_cast<unsigned long>(bytes), &rate, &count) < 0)
+    return false;
   sampleRate = static_cast<std::uint32_t>(rate);
   channels = count;
   return true;

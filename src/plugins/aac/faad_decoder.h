@@ -24,7 +24,8 @@ class FaadDecoder {
 
   // Opens the decoder for a stream whose first frame is given; `sampleRate`
   // and `channels` get what decoding will give. False when FAAD2 refuses.
-  bool Open(const std::uint8_t* firstFrame, std::size_t bytes, std::uint32_t& sampleRate, std::uint32_t& channels);
+  bool Open(const std::uint8_t* firstFrame, std::size_t bytes, std::uint32_t& sampleRate,
+            std::uint32_t& channels);
   void Close();
 
   struct Output {
