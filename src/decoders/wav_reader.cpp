@@ -58,8 +58,13 @@ bool WavReader::OpenHeader(const char* newPath) {
   path = newPath;
   if (!ReadWavHeader(*source, header, true)) return false;
   samplesPerBlock = ReaderSamplesPerBlock(header);
-  const std::uint64_t pcmSamples = std::max<std::uint64_t>(
-      1, static_cast<std::uint64_t>(header.channels) * LargestBlockFrames(header, samplesPerBlock));
+  // Only ADPCM decodes into it, all channels of its largest block; that
+  // stays small, as the block size bounds channels and frames together.
+  const std::uint64_t pcmSamples =
+      header.formatTag == kWavMicrosoftAdpcm
+          ? std::max<std::uint64_t>(
+                1, static_cast<std::uint64_t>(header.channels) * LargestBlockFrames(header, samplesPerBlock))
+          : samplesPerBlock;
   rawBytes = std::max<std::uint32_t>(samplesPerBlock * 2, header.blockAlign);
   pcmBuffer.reset(new (std::nothrow) std::int16_t[pcmSamples]());
   rawBuffer.reset(new (std::nothrow) std::uint8_t[rawBytes]());

@@ -7,8 +7,9 @@
 //     again when gapless is on and crossfade off; with crossfade a fade-in of
 //     2000 ms, with trimSilence the silence threshold 500.
 //  2. Loop: read a block (at most 65536 bytes, half a second or less) under
-//     sourceLock; poll for room, 100 ms at a time, leaving on a stop or when
-//     the stream has died (which counts as the end of the track); write
+//     sourceLock; poll for room every 10 ms, asking every 100 ms whether the
+//     stream still lives, and leave on a stop or when the stream has died
+//     (which counts as the end of the track); write
 //     under outputLock, after looking at the stop flag under it. A block
 //     read before a seek is dropped there, so that no sound from before the
 //     seek reaches the new stream.

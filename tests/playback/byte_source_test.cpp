@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <atomic>
-#include <thread>
-
 #include "playback/locked_file.h"
 #include "support/test_environment.h"
 
@@ -73,26 +70,6 @@ TEST_F(LockedFileTest, OnlyRegularFilesOpenAndAPipeNeverBlocks) {
   EXPECT_EQ(file.Open(folder.File("missing").c_str()), 0);
   EXPECT_EQ(file.IsOpen(), 0);
   EXPECT_EQ(file.Seek(0, ByteSource::kFromBegin), ByteSource::kSeekFailed);
-}
-
-// Two threads share the object as the window thread and a decode thread do:
-// each call is whole, and a close under a reader ends its reads cleanly.
-TEST_F(LockedFileTest, ThreadsShareTheFileCallByCall) {
-  const std::string path = Make("shared", std::string(1 << 20, '\x5A'));
-  ASSERT_EQ(file.Open(path.c_str()), 1);
-  std::atomic<bool> wrongByte{false};
-  std::thread reader([&] {
-    char buffer[4096];
-    std::uint32_t got = 1;
-    while (file.Read(buffer, sizeof buffer, &got) != 0 && got != 0) {
-      for (std::uint32_t i = 0; i < got; ++i) wrongByte = wrongByte || buffer[i] != '\x5A';
-    }
-  });
-  for (int i = 0; i < 100; ++i) file.Seek(0, ByteSource::kFromCurrent);
-  file.Close();
-  reader.join();
-  EXPECT_FALSE(wrongByte);
-  EXPECT_EQ(file.IsOpen(), 0);
 }
 
 }  // namespace

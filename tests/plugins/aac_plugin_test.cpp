@@ -4,19 +4,17 @@
 //
 // Tolerance: FAAD2 and ffmpeg's own AAC decoder both work in floating point
 // and round to 16 bits; FAAD2 leaves out the first frame's output (its
-// filter-bank delay), so the outputs are aligned by the best lag within 4096
-// samples (it comes out as 1024). They then agree within one or two units:
-// measured 90 to 97 dB of SNR per frame, except the first three frames of
-// sound (53 to 81 dB: the decoders start up differently at the onset) and
-// the last whole one and the part behind it (66 dB: the encoder's tail,
-// where noise substitution, whose random state no two decoders share,
-// dominates). So: over all but those, SNR above
-// 85 dB and no sample more than 2 apart. A wrong rate, channel order or
-// frame order gives SNRs near 0 dB.
+// filter-bank delay), so ours lags ffmpeg's by that frame's 1024 samples.
+// Measured per frame after that: 90 to 97 dB of SNR, at most 2 apart, except
+// the first three frames of sound (53 to 81 dB: the decoders start up
+// differently at the onset) and the last whole frame and the part behind it
+// (66 dB: the encoder's tail, where noise substitution, whose random state
+// no two decoders share, dominates). So over all but those: SNR above 85 dB
+// and no sample more than 2 apart.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 #include "../playback/output_test_support.h"
 #include "decoders/id3_builders.h"
@@ -36,12 +34,6 @@ constexpr double kMinimumSnr = 85.0;
 constexpr int kLargestDifference = 2;
 constexpr std::uint32_t kRate = 32000;
 constexpr std::uint32_t kFrames = 1024;
-
-struct Agreement {
-  std::ptrdiff_t lag = 0;  // ours[i] goes with reference[i + lag]
-  double snr = 0;
-  std::size_t compared = 0;
-};
 
 double SnrAt(const Samples& ours, const Samples& reference, std::ptrdiff_t lag, std::size_t limit,
              std::size_t* compared = nullptr) {
@@ -77,19 +69,6 @@ Samples Slice(const Samples& samples, std::size_t from, std::size_t to) {
   return from < to ? Samples(samples.begin() + static_cast<std::ptrdiff_t>(from),
                              samples.begin() + static_cast<std::ptrdiff_t>(to))
                    : Samples{};
-}
-
-Agreement Agree(const Samples& ours, const Samples& reference) {
-  Agreement best;
-  for (std::ptrdiff_t lag = -4096; lag <= 4096; ++lag) {
-    const double snr = SnrAt(ours, reference, lag, 4096);
-    if (snr > best.snr) {
-      best.snr = snr;
-      best.lag = lag;
-    }
-  }
-  best.snr = SnrAt(ours, reference, best.lag, ours.size(), &best.compared);
-  return best;
 }
 
 class AacPluginTest : public OutputTest {
@@ -174,16 +153,13 @@ TEST_F(AacPluginTest, AnAacFileSoundsAsFfmpegDecodesIt) {
     left.push_back(played[i]);
   }
   left.erase(left.begin(), std::find_if(left.begin(), left.end(), [](std::int16_t s) { return s != 0; }));
-  const Agreement agreement = Agree(left, reference);
-  EXPECT_EQ(agreement.lag, static_cast<std::ptrdiff_t>(kFrames)) << "FAAD2 leaves out the first frame";
-  EXPECT_GT(agreement.compared, reference.size() - 2 * kFrames) << "all but the first frame and the tail";
+  // Ours begins with ffmpeg's second frame; past the onset they agree.
+  ASSERT_GT(left.size(), reference.size() - 3 * kFrames) << "all but the first frame and the tail";
   const Samples steady = Slice(left, 3 * kFrames, (left.size() / kFrames - 1) * kFrames);
-  const double snr = SnrAt(steady, reference, agreement.lag + 3 * kFrames, steady.size());
-  const int largest = LargestDifference(steady, reference, agreement.lag + 3 * kFrames);
-  std::printf(
-      "aac_mono.aac: lag %td, SNR %.1f dB over all %zu samples, %.1f dB and at most %d apart past the "
-      "onset\n",
-      agreement.lag, agreement.snr, agreement.compared, snr, largest);
+  const double snr = SnrAt(steady, reference, 4 * kFrames, steady.size());
+  const int largest = LargestDifference(steady, reference, 4 * kFrames);
+  std::printf("aac_mono.aac: SNR %.1f dB and at most %d apart past the onset, at %d samples' lag\n", snr,
+              largest, static_cast<int>(kFrames));
   EXPECT_GT(snr, kMinimumSnr);
   EXPECT_LE(largest, kLargestDifference);
 }
