@@ -64,6 +64,7 @@ class PatternReader : public playback::FormatReader {
     const std::uint32_t count = std::min(wanted, samples - position);
     for (std::uint32_t i = 0; i < count; ++i) destination[i] = PatternSample(position + i);
     position += count;
+    readCount.fetch_add(1);
     *got = count;
     return 1;
   }
@@ -73,6 +74,8 @@ class PatternReader : public playback::FormatReader {
   std::string artist;
   std::string description;
   std::atomic<int> formatCalls{0};
+  // Reads so far: a decoder reads a block only once the one before is written.
+  std::atomic<int> readCount{0};
 
  private:
   const std::uint32_t sampleRate;
