@@ -89,27 +89,39 @@ bool FaultConnection::WaitFor(platform::Event& event) {
   }
 }
 
-FaultServer::FaultServer(Script run) : script(std::move(run)) {
-  listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+net::Socket ListenOnLoopback(int backlog, std::uint16_t& port) {
+  net::Socket listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t size = sizeof address;
-  if (listener < 0 || ::bind(listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      ::listen(listener, 16) != 0 ||
-      ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    if (listener >= 0) ::close(listener);
-    listener = -1;
-    return;
+  if (!listener.Valid() || ::bind(listener.Descriptor(), reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+      ::listen(listener.Descriptor(), backlog) != 0 ||
+      ::getsockname(listener.Descriptor(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    return net::Socket();
   }
   port = ntohs(address.sin_port);
-  thread = std::thread([this] { Serve(); });
+  return listener;
+}
+
+bool ConnectToLoopback(std::uint16_t port, net::Socket& socket, int timeoutMs) {
+  net::SocketAddress address;
+  auto* inet = reinterpret_cast<sockaddr_in*>(&address.storage);
+  inet->sin_family = AF_INET;
+  inet->sin_port = htons(port);
+  inet->sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.length = sizeof(sockaddr_in);
+  net::StopSignal never;
+  return net::ConnectSocket(address, never, timeoutMs, socket) == net::ConnectResult::kConnected;
+}
+
+FaultServer::FaultServer(Script run) : script(std::move(run)), listener(ListenOnLoopback(16, port)) {
+  if (listener.Valid()) thread = std::thread([this] { Serve(); });
 }
 
 FaultServer::~FaultServer() {
   stop.Raise();
   if (thread.joinable()) thread.join();
-  if (listener >= 0) ::close(listener);
 }
 
 std::string FaultServer::Url(std::string_view path) const {
@@ -134,8 +146,8 @@ bool FaultServer::WaitForScripts(int count, int timeoutMs) {
 
 void FaultServer::Serve() {
   while (!stop.Raised()) {
-    if (net::WaitForSocket(listener, POLLIN, stop, 60000) != net::WaitResult::kReady) continue;
-    net::Socket client(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (net::WaitForSocket(listener.Descriptor(), POLLIN, stop, 60000) != net::WaitResult::kReady) continue;
+    net::Socket client(::accept4(listener.Descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!client.Valid()) continue;
     ++connections;
     FaultConnection connection(client.Descriptor(), stop);

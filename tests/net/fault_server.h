@@ -52,6 +52,11 @@ class FaultConnection {
   std::string request;
 };
 
+// A socket listening on 127.0.0.1 at a free port (invalid on failure).
+net::Socket ListenOnLoopback(int backlog, std::uint16_t& port);
+// Connects to 127.0.0.1:`port` within `timeoutMs`.
+bool ConnectToLoopback(std::uint16_t port, net::Socket& socket, int timeoutMs);
+
 class FaultServer {
  public:
   using Script = std::function<void(FaultConnection&)>;
@@ -61,7 +66,7 @@ class FaultServer {
   FaultServer(const FaultServer&) = delete;
   FaultServer& operator=(const FaultServer&) = delete;
 
-  bool Valid() const { return listener >= 0; }
+  bool Valid() const { return listener.Valid(); }
   std::uint16_t Port() const { return port; }
   std::string Url(std::string_view path = "/") const;
   // The requests of the connections whose scripts have returned, oldest first.
@@ -74,8 +79,8 @@ class FaultServer {
   void Serve();
 
   Script script;
-  int listener = -1;
-  std::uint16_t port = 0;
+  std::uint16_t port = 0;  // before the listener, which sets it
+  net::Socket listener;
   net::StopSignal stop;
   std::atomic<int> connections{0};
   std::atomic<int> scriptsDone{0};

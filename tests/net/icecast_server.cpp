@@ -1,11 +1,15 @@
 #include "icecast_server.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <grp.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <pwd.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -15,34 +19,12 @@
 #include <sstream>
 #include <thread>
 
+#include "fault_server.h"
+
 namespace net_testing {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-std::uint16_t FreeLoopbackPort() {
-  net::Socket probe(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  if (!probe.Valid() || ::bind(probe.Descriptor(), reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      ::getsockname(probe.Descriptor(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    return 0;
-  }
-  return ntohs(address.sin_port);
-}
-
-bool ConnectLoopback(std::uint16_t port, net::Socket& socket, int timeoutMs) {
-  net::SocketAddress address;
-  auto* inet = reinterpret_cast<sockaddr_in*>(&address.storage);
-  inet->sin_family = AF_INET;
-  inet->sin_port = htons(port);
-  inet->sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.length = sizeof(sockaddr_in);
-  net::StopSignal never;
-  return net::ConnectSocket(address, never, timeoutMs, socket) == net::ConnectResult::kConnected;
-}
 
 // The user and group a root test runs the server as.
 std::optional<std::pair<uid_t, gid_t>> ServerUser() {
@@ -60,22 +42,73 @@ std::string MountSection(std::string_view mount) {
   return xml.str();
 }
 
-// True when every folder on the way to `path` lets other users through.
-bool OthersCanReach(const std::filesystem::path& path) {
-  for (std::filesystem::path at = path; !at.empty() && at != at.root_path(); at = at.parent_path()) {
-    std::error_code error;
-    const auto permissions = std::filesystem::status(at, error).permissions();
-    if (error || (permissions & std::filesystem::perms::others_exec) == std::filesystem::perms::none)
-      return false;
+}  // namespace
+
+std::optional<std::string> FindProgram(const std::string& program) {
+  const char* path = std::getenv("PATH");
+  std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
+  std::string folder;
+  while (std::getline(folders, folder, ':')) {
+    const std::string candidate = (folder.empty() ? "." : folder) + "/" + program;
+    if (::access(candidate.c_str(), X_OK) == 0) return candidate;
+  }
+  return std::nullopt;
+}
+
+bool ChildProcess::Start(const std::vector<std::string>& argv, const std::string& logPath,
+                         std::optional<std::pair<uid_t, gid_t>> user) {
+  if (pid > 0 || argv.empty()) return false;
+  std::vector<char*> arguments;
+  for (const std::string& argument : argv) arguments.push_back(const_cast<char*>(argument.c_str()));
+  arguments.push_back(nullptr);
+  const int log = ::open(logPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (log < 0) return false;
+  const pid_t parent = ::getpid();
+  pid = ::fork();
+  if (pid == 0) {
+    // Only system calls from here to exec: the parent has threads.
+    if (user) {
+      if (::setgroups(0, nullptr) != 0 || ::setgid(user->second) != 0 || ::setuid(user->first) != 0)
+        ::_exit(126);
+    }
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent) ::_exit(125);
+    const int input = ::open("/dev/null", O_RDONLY);
+    if (input < 0 || ::dup2(input, 0) < 0 || ::dup2(log, 1) < 0 || ::dup2(log, 2) < 0) ::_exit(124);
+    ::execv(arguments[0], arguments.data());
+    ::_exit(127);
+  }
+  ::close(log);
+  return pid > 0;
+}
+
+bool ChildProcess::Running() {
+  if (pid <= 0) return false;
+  int status = 0;
+  if (::waitpid(pid, &status, WNOHANG) == pid) {
+    pid = -1;
+    return false;
   }
   return true;
 }
 
-}  // namespace
+void ChildProcess::Terminate(int graceMs) {
+  if (!Running()) return;
+  ::kill(pid, SIGTERM);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(graceMs);
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (!Running()) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  ::kill(pid, SIGKILL);
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  pid = -1;
+}
 
 IcecastServer::ServerFolder::ServerFolder() {
-  std::filesystem::path base = std::filesystem::temp_directory_path();
-  if (ServerUser() && !OthersCanReach(base)) base = "/tmp";
+  // The server's user must reach the folder: the usual temporary folder may be closed to it.
+  const std::filesystem::path base = ServerUser() ? "/tmp" : std::filesystem::temp_directory_path();
   std::string pattern = (base / "tavrinsonic-icecast-XXXXXX").string();
   if (::mkdtemp(pattern.data()) != nullptr) path = pattern;
 }
@@ -127,7 +160,8 @@ bool IcecastServer::Start(std::string& error) {
     return false;
   }
   for (int attempt = 0; attempt < 3; ++attempt) {  // another program may take the free port first
-    port = FreeLoopbackPort();
+    port = 0;
+    ListenOnLoopback(1, port);  // a free port, closed again for the server to take
     if (port == 0 || !program || !WriteConfiguration()) break;
     if (!process.Start({*program, "-c", folder.File("icecast.xml")}, folder.File("output.log"), user)) break;
     if (WaitUntilListening(10000)) return true;
@@ -142,7 +176,7 @@ bool IcecastServer::WaitUntilListening(int timeoutMs) {
   while (Clock::now() < deadline) {
     if (!process.Running()) return false;
     net::Socket probe;
-    if (ConnectLoopback(port, probe, 200)) {
+    if (ConnectToLoopback(port, probe, 200)) {
       // Listening is not yet serving: wait for a real answer.
       const std::string answer = HttpExchange(port, "GET /status-json.xsl HTTP/1.0\r\n\r\n", 1000);
       if (answer.rfind("HTTP/1.0 200", 0) == 0) return true;
@@ -194,7 +228,7 @@ bool IcecastServer::WaitForMount(std::string_view mount, int timeoutMs) {
 }
 
 bool IcecastSource::Connect(std::uint16_t port, std::string_view mount, std::string_view contentType) {
-  if (!ConnectLoopback(port, socket, 2000)) return false;
+  if (!ConnectToLoopback(port, socket, 2000)) return false;
   const std::string request = "SOURCE " + std::string(mount) + " HTTP/1.0\r\nAuthorization: Basic " +
                               Base64(std::string("source:") + IcecastServer::kSourcePassword) +
                               "\r\nContent-Type: " + std::string(contentType) +
@@ -260,7 +294,7 @@ std::string UrlEncode(std::string_view text) {
 std::string HttpExchange(std::uint16_t port, const std::string& request, int timeoutMs) {
   net::Socket socket;
   net::StopSignal never;
-  if (!ConnectLoopback(port, socket, timeoutMs) ||
+  if (!ConnectToLoopback(port, socket, timeoutMs) ||
       !net::SendAll(socket.Descriptor(), request, never, timeoutMs)) {
     return "";
   }

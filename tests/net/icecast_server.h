@@ -10,14 +10,43 @@
 // a test knows every byte that the server received.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "child_process.h"
 #include "net/socket_io.h"
 
 namespace net_testing {
+
+// A program that a test starts and is sure to end: Terminate (or the
+// destructor) sends SIGTERM, waits, then SIGKILL; the kernel kills the child
+// with the test's thread, so a test that crashes leaves no server behind.
+// The full path of `program` on PATH, or nullopt.
+std::optional<std::string> FindProgram(const std::string& program);
+
+class ChildProcess {
+ public:
+  ChildProcess() = default;
+  ~ChildProcess() { Terminate(); }
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  // Starts `argv` with standard output and error going to `logPath`. With
+  // `user` set, the child runs as that user (the caller must be root).
+  bool Start(const std::vector<std::string>& argv, const std::string& logPath,
+             std::optional<std::pair<uid_t, gid_t>> user = std::nullopt);
+  bool Running();
+  // Ends the child: SIGTERM, up to `graceMs` for it to leave, then SIGKILL.
+  void Terminate(int graceMs = 2000);
+  pid_t Pid() const { return pid; }
+
+ private:
+  pid_t pid = -1;
+};
 
 class IcecastServer {
  public:

@@ -58,37 +58,8 @@ Filtered RunFilter(MetadataFilter& filter, Bytes wire, const std::vector<std::si
   return out;
 }
 
-TEST(MetadataFilter, BlockSplitOverThreeReadsComesOutWholeWithTheAudioInOrder) {
-  MetadataFilter filter;
-  filter.Start(16);
-  const Bytes block = TitleBlock("Artist - Song");  // 1 + 48 bytes
-  Bytes wire = ToBytes("0123456789abcdef");
-  wire.insert(wire.end(), block.begin(), block.end());
-  const Bytes behind = ToBytes("ABCDEFGH");
-  wire.insert(wire.end(), behind.begin(), behind.end());
-
-  // Reads end 5 bytes into the block, 20 bytes further, and 4 bytes behind it.
-  std::vector<std::string> titles;
-  Bytes audio;
-  const std::size_t cuts[] = {16 + 5, 20, block.size() - 25 + 4, 4};
-  std::size_t offset = 0;
-  for (std::size_t count : cuts) {
-    const std::size_t metadata = filter.Filter(wire.data() + offset, count, &titles);
-    audio.insert(audio.end(), wire.begin() + static_cast<std::ptrdiff_t>(offset),
-                 wire.begin() + static_cast<std::ptrdiff_t>(offset + count - metadata));
-    if (count == 20) {
-      EXPECT_TRUE(titles.empty()) << "no title before its block is whole";
-    }
-    offset += count;
-  }
-  EXPECT_EQ(offset, wire.size());
-  EXPECT_EQ(std::string(audio.begin(), audio.end()), "0123456789abcdefABCDEFGH");
-  EXPECT_EQ(titles, std::vector<std::string>{"Artist - Song"});
-  std::string title;
-  EXPECT_TRUE(filter.GetStreamTitle(title));
-  EXPECT_EQ(title, "Artist - Song");
-}
-
+// Reads of 1 to 5 bytes split every block and land exactly on every
+// countdown; a title must come out only once its block is whole.
 TEST(MetadataFilter, AnyCuttingOfTheStreamGivesTheSameAudioAndTitles) {
   const std::vector<std::string> blocks = {net_testing::TitleBlock("One"),
                                            std::string(1, '\0'),
@@ -122,22 +93,6 @@ TEST(MetadataFilter, NoIntervalFiltersNothing) {
   EXPECT_EQ(filter.Filter(wire.data(), wire.size(), &titles), 0u);
   EXPECT_EQ(wire, original);
   EXPECT_TRUE(titles.empty());
-}
-
-TEST(MetadataFilter, ReadOfExactlyTheCountdownRemovesNothingAndTheNextStartsOnTheLengthByte) {
-  MetadataFilter filter;
-  filter.Start(8);
-  Bytes wire = ToBytes("abcdefgh");
-  const Bytes block = TitleBlock("T");
-  wire.insert(wire.end(), block.begin(), block.end());
-  wire.push_back('i');
-  EXPECT_EQ(filter.Filter(wire.data(), 8, nullptr), 0u);
-  EXPECT_EQ(filter.MetaCountdown(), 0);
-  std::vector<std::string> titles;
-  EXPECT_EQ(filter.Filter(wire.data() + 8, block.size() + 1, &titles), block.size());
-  EXPECT_EQ(wire[8], 'i');
-  EXPECT_EQ(titles, std::vector<std::string>{"T"});
-  EXPECT_EQ(filter.MetaCountdown(), 7);
 }
 
 TEST(MetadataFilter, EmptyBlocksAndNewConnectionsKeepTheLastTitleUntilClear) {
@@ -182,9 +137,12 @@ TEST(MetadataFilter, LongestBlockOfGarbageIsSwallowedWhole) {
     wire.push_back(static_cast<std::uint8_t>(random() | 1));  // no zero, no end
   const Bytes behind = ToBytes("def");
   wire.insert(wire.end(), behind.begin(), behind.end());
+  const Bytes title = TitleBlock("After the garbage");
+  wire.insert(wire.end(), title.begin(), title.end());
   const Filtered out = RunFilter(filter, wire, {1000, 77, 4000});
   EXPECT_EQ(std::string(out.audio.begin(), out.audio.end()), "abcdef");
-  EXPECT_EQ(filter.MetaCountdown(), 0);
+  EXPECT_EQ(out.titles, std::vector<std::string>{"After the garbage"});
+  EXPECT_EQ(filter.MetaCountdown(), 3);
 }
 
 TEST(MetadataFilter, TitleOf259BytesInTheLongestBlockIsKeptWhole) {
@@ -200,6 +158,12 @@ TEST(MetadataFilter, TitleOf259BytesInTheLongestBlockIsKeptWhole) {
   const Filtered out = RunFilter(filter, wire, {100});
   ASSERT_EQ(out.titles.size(), 1u);
   EXPECT_EQ(out.titles[0], title);
+}
+
+std::string Repeated(const std::string& unit, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += unit;
+  return text;
 }
 
 struct TitleCase {
@@ -234,17 +198,10 @@ INSTANTIATE_TEST_SUITE_P(
                     TitleCase{"Utf8", "StreamTitle='Bj\xc3\xb6rk - J\xc3\xb3ga';", true,
                               "Bj\xc3\xb6rk - J\xc3\xb3ga"},
                     TitleCase{"LongTitleCutAt259Bytes", "StreamTitle='" + std::string(300, 'a') + "';", true,
-                              std::string(259, 'a')}),
+                              std::string(259, 'a')},
+                    TitleCase{"LongUtf8TitleCutAtAWholeCharacter", "StreamTitle='a" + Repeated("\xc3\xa9", 150) + "';",
+                              true, "a" + Repeated("\xc3\xa9", 129)}),
     [](const testing::TestParamInfo<TitleCase>& parameter) { return std::string(parameter.param.name); });
-
-TEST(StreamTitleExtraction, LongUtf8TitleStaysValidWhenCut) {
-  std::string utf8 = "a";
-  for (int i = 0; i < 150; ++i) utf8 += "\xc3\xa9";  // 301 bytes
-  const Bytes block = Block("StreamTitle='" + utf8 + "';");
-  std::string title;
-  ASSERT_TRUE(ExtractStreamTitle(block.data(), block.size(), title));
-  EXPECT_EQ(title, utf8.substr(0, 259));  // 'a' and 129 whole characters
-}
 
 TEST(StreamTitleExtraction, PartialOrMismatchedBlocksHaveNoTitle) {
   Bytes block = TitleBlock("Whole");
