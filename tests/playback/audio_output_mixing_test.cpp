@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <numbers>
 
 #include "output_test_support.h"
 #include "playback/audio_effect.h"
@@ -234,37 +232,6 @@ TEST_F(AudioOutputMixingTest, AResetDropsWhatTheDeviceHeldAndPrimesItAgainPaused
   EXPECT_EQ(Slice(played, 12 * kBlock, 12 * kBlock), Silence(12 * kBlock));
   EXPECT_EQ(Slice(played, 24 * kBlock, kBlock), Slice(data, 12 * kBlock, kBlock))
       << "the twelve blocks in the device were dropped; the queue goes on";
-}
-
-TEST_F(AudioOutputMixingTest, TheCaptureDeviceYieldsExactlyTheSamplesOfAWrittenTone) {
-  UseCapture(CapturePace::kUnpaced);
-  const std::uint32_t stream = output->OpenStream(0, 1, kRate, 2, kTwoSeconds);
-  platform::CaptureTap& tap = *Tap();
-  ASSERT_TRUE(WaitUntil([&] { return tap.Resets() == 1; })) << "idle while held";
-
-  // One second of 440 Hz, the right channel at half the left's level.
-  std::vector<std::int16_t> tone(2 * kRate);
-  for (std::size_t frame = 0; frame < kRate; ++frame) {
-    const double phase = 2 * std::numbers::pi * 440.0 * static_cast<double>(frame) / kRate;
-    const auto left = static_cast<std::int16_t>(std::lround(12000 * std::sin(phase)));
-    tone[2 * frame] = left;
-    tone[2 * frame + 1] = static_cast<std::int16_t>(left / 2);
-  }
-  WriteAll(stream, tone);
-  output->WriteStream(stream, nullptr, 0);
-  output->ControlStream(stream, playback::kStreamPlay, 0);
-  ASSERT_TRUE(WaitUntil([&] { return output->StreamCount() == 0 && tap.Resets() == 2; }));
-
-  const std::vector<std::int16_t> played = tap.Samples();
-  const auto firstSound = std::find_if(played.begin(), played.end(), [](std::int16_t s) { return s != 0; });
-  ASSERT_NE(firstSound, played.end());
-  // The stream starts at a block boundary; the tone's first frame is silent.
-  const std::size_t start = static_cast<std::size_t>(firstSound - played.begin()) / kBlock * kBlock;
-  EXPECT_GE(start, 12 * kBlock);
-  EXPECT_EQ(Slice(played, start, tone.size()), tone);
-  const std::vector<std::int16_t> after = Slice(played, start + tone.size(), played.size());
-  EXPECT_TRUE(std::all_of(after.begin(), after.end(), [](std::int16_t s) { return s == 0; }));
-  EXPECT_EQ(played.size() % kBlock, 0u);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "platform/wave_out.h"
 #include "platform/wave_out_capture.h"
 #include "playback/audio_output.h"
+#include "playback/playback_settings.h"
 #include "support/test_environment.h"
 
 namespace output_testing {
@@ -42,6 +43,15 @@ inline std::vector<std::int16_t> Pattern(std::size_t count, int start = 0) {
     samples[i] = static_cast<std::int16_t>((static_cast<int>(i) + start) % 30000 + 1);
   }
   return samples;
+}
+
+// Sets the three options that change how a track ends; a test that sets
+// them puts back the defaults (all on) with SetPlaybackOptions(true, true, true).
+inline void SetPlaybackOptions(bool crossfade, bool gapless, bool trimSilence) {
+  playback::PlaybackSettings& options = playback::Playback();
+  playback::PlaybackSettings::Write(options.crossfade, crossfade);
+  playback::PlaybackSettings::Write(options.gapless, gapless);
+  playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
 }
 
 class OutputTest : public testing_support::IsolatedEnvironmentTest {

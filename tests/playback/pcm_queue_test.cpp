@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <random>
@@ -148,54 +149,51 @@ TEST(PcmQueueTest, TheEndMarkTrimsTheTailAndLetsReadsReturnShortAtOnce) {
   EXPECT_EQ(Write(queue, Constant(4, 1000)), 0u);
 }
 
-TEST(PcmQueueTest, AFadeInRisesOneGainStepPerStepLengthThenStaysAtUnity) {
-  PcmQueue queue;
-  ASSERT_EQ(queue.Allocate(4000), 1);
-  queue.SetParam(PcmQueue::kFadeIn, 1030);  // steps of 1030 >> 8 = 4 samples
-  // Written in uneven pieces: the fade carries its state from write to write.
-  Write(queue, Constant(333, 1000));
-  Write(queue, Constant(1000, 1000));
-  const std::vector<std::int16_t> out = ReadAll(queue);
-  ASSERT_EQ(out.size(), 1333u);
-  for (std::size_t i = 0; i < 1024; ++i) {
-    ASSERT_EQ(out[i], static_cast<std::int16_t>((static_cast<int>(i / 4) * 1000) >> 8)) << "at " << i;
-  }
-  for (std::size_t i = 1024; i < out.size(); ++i) ASSERT_EQ(out[i], 1000) << "at " << i;
-  EXPECT_EQ(Write(queue, Constant(10, 1000)), 10u);
-  EXPECT_EQ(ReadAll(queue), Constant(10, 1000));
-}
-
-TEST(PcmQueueTest, AFadeOutThatRunsToItsEndEndsTheQueue) {
-  PcmQueue queue;
-  ASSERT_EQ(queue.Allocate(4000), 1);
-  queue.SetParam(PcmQueue::kFadeOut, 1000);  // steps of 3 samples, gains 256 down to 1
-  int result = 0;
-  EXPECT_EQ(Write(queue, Constant(2000, -1000), &result), 2000u);
-  EXPECT_EQ(result, 1);
-  EXPECT_TRUE(queue.IsEnded());
-  const std::vector<std::int16_t> out = ReadAll(queue);
-  ASSERT_EQ(out.size(), 768u) << "the queue ends where the gain ran out";
+// A fade over a constant `value`: the gain (of 256) rises or falls by one
+// every `step` samples; a rising one stays at unity once there.
+void ExpectFade(const std::vector<std::int16_t>& out, std::size_t step, bool rising, int value) {
   for (std::size_t i = 0; i < out.size(); ++i) {
-    const int gain = 256 - static_cast<int>(i / 3);
-    ASSERT_EQ(out[i], static_cast<std::int16_t>((gain * -1000) >> 8)) << "at " << i;
+    const int steps = static_cast<int>(i / step);
+    const int gain = rising ? std::min(steps, 256) : 256 - steps;
+    ASSERT_EQ(out[i], static_cast<std::int16_t>((gain * value) >> 8)) << "at " << i;
   }
-  EXPECT_EQ(Write(queue, Constant(10, 1000), &result), 0u);
-  EXPECT_EQ(result, 0);
 }
 
-TEST(PcmQueueTest, ANewFadeCancelsTheOtherKind) {
-  PcmQueue queue;
-  ASSERT_EQ(queue.Allocate(4000), 1);
-  queue.SetParam(PcmQueue::kFadeOut, 1000);
-  queue.SetParam(PcmQueue::kFadeIn, 512);  // steps of 2
-  Write(queue, Constant(1000, 512));
-  EXPECT_FALSE(queue.IsEnded());
-  const std::vector<std::int16_t> out = ReadAll(queue);
+TEST(PcmQueueTest, FadesStepTheGainByTheirLength) {
+  PcmQueue rising;
+  ASSERT_EQ(rising.Allocate(4000), 1);
+  rising.SetParam(PcmQueue::kFadeIn, 1030);  // steps of 1030 >> 8 = 4 samples
+  // Written in uneven pieces: the fade carries its state from write to write.
+  Write(rising, Constant(333, 1000));
+  Write(rising, Constant(1000, 1000));
+  std::vector<std::int16_t> out = ReadAll(rising);
+  ASSERT_EQ(out.size(), 1333u);
+  ExpectFade(out, 4, true, 1000);
+
+  // A fade-out that runs to its end ends the queue where the gain ran out.
+  PcmQueue falling;
+  ASSERT_EQ(falling.Allocate(4000), 1);
+  falling.SetParam(PcmQueue::kFadeOut, 1000);  // steps of 3 samples
+  int result = 0;
+  EXPECT_EQ(Write(falling, Constant(2000, -1000), &result), 2000u);
+  EXPECT_EQ(result, 1);
+  EXPECT_TRUE(falling.IsEnded());
+  out = ReadAll(falling);
+  ASSERT_EQ(out.size(), 768u);
+  ExpectFade(out, 3, false, -1000);
+  EXPECT_EQ(Write(falling, Constant(10, 1000), &result), 0u);
+  EXPECT_EQ(result, 0);
+
+  // A new fade cancels the other kind.
+  PcmQueue changed;
+  ASSERT_EQ(changed.Allocate(4000), 1);
+  changed.SetParam(PcmQueue::kFadeOut, 1000);
+  changed.SetParam(PcmQueue::kFadeIn, 512);
+  Write(changed, Constant(1000, 512));
+  EXPECT_FALSE(changed.IsEnded());
+  out = ReadAll(changed);
   ASSERT_EQ(out.size(), 1000u);
-  EXPECT_EQ(out[0], 0);
-  EXPECT_EQ(out[5], 4);  // gain 2
-  EXPECT_EQ(out[511], 510);  // gain 255
-  EXPECT_EQ(out[999], 512);
+  ExpectFade(out, 2, true, 512);
 }
 
 TEST(PcmQueueTest, FadeOutTailFadesWhatIsQueuedToZeroAndEnds) {
@@ -210,12 +208,9 @@ TEST(PcmQueueTest, FadeOutTailFadesWhatIsQueuedToZeroAndEnds) {
   ASSERT_EQ(queue.Allocate(1000), 1);
   Write(queue, Constant(900, 1000));
   queue.FadeOutTail(512);  // cut to 512, then runs of 2 samples per gain step
-  EXPECT_EQ(queue.Fill(), 512u);
   const std::vector<std::int16_t> out = ReadAll(queue);
   ASSERT_EQ(out.size(), 512u);
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    ASSERT_EQ(out[i], static_cast<std::int16_t>(((256 - static_cast<int>(i / 2)) * 1000) >> 8)) << i;
-  }
+  ExpectFade(out, 2, false, 1000);
   std::uint32_t got = 0;
   std::int16_t sample = 0;
   EXPECT_EQ(queue.Read(&sample, 1, got), 0);

@@ -13,7 +13,6 @@
 #include "pattern_reader.h"
 #include "platform/message_queue.h"
 #include "playback/locked_file.h"
-#include "playback/playback_settings.h"
 
 namespace {
 
@@ -28,18 +27,12 @@ class ReaderDecoderTest : public OutputTest {
  protected:
   void SetUp() override {
     OutputTest::SetUp();
-    SetOptions(false, false, false);
+    SetPlaybackOptions(false, false, false);
   }
   void TearDown() override {
     decoder.reset();
-    SetOptions(true, true, true);  // the defaults
+    SetPlaybackOptions(true, true, true);  // the defaults
     OutputTest::TearDown();
-  }
-  static void SetOptions(bool crossfade, bool gapless, bool trimSilence) {
-    playback::PlaybackSettings& options = playback::Playback();
-    playback::PlaybackSettings::Write(options.crossfade, crossfade);
-    playback::PlaybackSettings::Write(options.gapless, gapless);
-    playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
   }
   ReaderDecoder& Wire(playback::FormatReader& reader, bool withSource = true) {
     decoder = std::make_unique<ReaderDecoder>();
@@ -146,7 +139,7 @@ TEST_F(ReaderDecoderTest, WithNeitherOptionTheEndWaitsUntilTheQueueHasPlayed) {
 }
 
 TEST_F(ReaderDecoderTest, WithCrossfadeTheEndFadesAllThatIsQueuedAndPostsAtOnce) {
-  SetOptions(true, true, false);
+  SetPlaybackOptions(true, true, false);
   UseCapture(CapturePace::kStepped);
   PatternReader reader(8000, 1, 4000);
   ReaderDecoder& pattern = Wire(reader);
@@ -164,7 +157,7 @@ TEST_F(ReaderDecoderTest, WithCrossfadeTheEndFadesAllThatIsQueuedAndPostsAtOnce)
 }
 
 TEST_F(ReaderDecoderTest, WithGaplessTheStreamStaysForTheNextTrackWhichReplacesItsTail) {
-  SetOptions(false, true, false);
+  SetPlaybackOptions(false, true, false);
   UseCapture(CapturePace::kStepped);
   PatternReader first(8000, 2, 4000);
   ReaderDecoder& pattern = Wire(first);
@@ -197,7 +190,7 @@ TEST_F(ReaderDecoderTest, StopRemovesTheStreamOrWithCrossfadeLetsItFadeOutAlone)
   EXPECT_EQ(output->StreamCount(), 0);
   EXPECT_EQ(pattern.GetPosition(), 0u);
 
-  SetOptions(true, false, false);
+  SetPlaybackOptions(true, false, false);
   ASSERT_TRUE(pattern.Play());
   // Two blocks written: the fade starts the device, which takes its buffers
   // from the stream at once, and a drained stream would be gone uncounted.
@@ -238,7 +231,7 @@ TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
 }
 
 TEST_F(ReaderDecoderTest, WithCrossfadeASeekFadesTheOldStreamUnlessOneFadedWithinFourPolls) {
-  SetOptions(true, false, false);
+  SetPlaybackOptions(true, false, false);
   UseCapture(CapturePace::kStepped);
   PatternReader reader(8000, 2, 80000);
   ReaderDecoder& pattern = Wire(reader);

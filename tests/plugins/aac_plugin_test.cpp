@@ -22,7 +22,6 @@
 #include "platform/message_queue.h"
 #include "playback/format_plugin.h"
 #include "playback/locked_file.h"
-#include "playback/playback_settings.h"
 #include "playback/reader_decoder.h"
 
 namespace {
@@ -81,18 +80,12 @@ class AacPluginTest : public OutputTest {
     decoder.SetOutput(output.get());
     decoder.SetSource(&file);
     decoder.SetNotifyWindow(&notify);
-    SetOptions(false, false, false);
+    SetPlaybackOptions(false, false, false);
   }
   void TearDown() override {
     decoder.Close();
-    SetOptions(true, true, true);
+    SetPlaybackOptions(true, true, true);
     OutputTest::TearDown();
-  }
-  static void SetOptions(bool crossfade, bool gapless, bool trimSilence) {
-    playback::PlaybackSettings& options = playback::Playback();
-    playback::PlaybackSettings::Write(options.crossfade, crossfade);
-    playback::PlaybackSettings::Write(options.gapless, gapless);
-    playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
   }
   playback::FormatReader& Reader() { return *plugin->reader; }
   std::string Write(const std::string& name, const std::string& bytes) {
