@@ -10,42 +10,19 @@
 
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <vector>
 
 #include "platform/device_volume.h"
 #include "platform/wave_out.h"
-#include "playback/audio_output.h"
 #include "support/test_environment.h"
+#include "wave_returns.h"
 
 namespace {
 
-class Returns {
- public:
-  static void Done(void* context, platform::WaveBuffer* buffer) {
-    auto* self = static_cast<Returns*>(context);
-    std::lock_guard guard(self->lock);
-    self->order.push_back(buffer->user);
-    self->changed.notify_all();
-  }
-  bool WaitFor(std::size_t count) {
-    std::unique_lock guard(lock);
-    return changed.wait_for(guard, std::chrono::seconds(10), [&] { return order.size() >= count; });
-  }
-  std::vector<std::uint32_t> Order() {
-    std::lock_guard guard(lock);
-    return order;
-  }
-
- private:
-  std::mutex lock;
-  std::condition_variable changed;
-  std::vector<std::uint32_t> order;
-};
+using wave_testing::Returns;
 
 std::vector<std::int16_t> ReadSamples(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -91,7 +68,7 @@ TEST_F(SdlWaveOutTest, TheDevicePlaysEveryBufferInOrderAndTellsSoundServersWhoIt
     auto device = driver->Create();
     ASSERT_TRUE(device->Open(0, 44100, 2, &Returns::Done, &returns));
     for (auto& header : headers) ASSERT_TRUE(device->Write(&header));
-    ASSERT_TRUE(returns.WaitFor(5));
+    ASSERT_TRUE(returns.WaitFor(5, 10000));
     device->Close();
   }
   EXPECT_EQ(returns.Order(), (std::vector<std::uint32_t>{0, 1, 2, 3, 4}));
@@ -108,17 +85,12 @@ TEST_F(SdlWaveOutTest, TheDevicePlaysEveryBufferInOrderAndTellsSoundServersWhoIt
                           [](std::int16_t s) { return s == 0; }));
 }
 
-TEST_F(SdlWaveOutTest, WithoutASoundDeviceOpenStreamFailsAtOnce) {
+TEST_F(SdlWaveOutTest, WithoutASoundSystemThereIsNoDevice) {
   setenv("SDL_AUDIODRIVER", "no-such-sound-system", 1);
   auto driver = platform::MakeSdlWaveOutDriver();
   EXPECT_EQ(driver->DeviceCount(), 0);
   Returns returns;
   EXPECT_FALSE(driver->Create()->Open(0, 44100, 2, &Returns::Done, &returns));
-
-  platform::SetWaveOutDriver(driver);
-  playback::AudioOutput output;
-  EXPECT_EQ(output.OpenStream(0, 1, 44100, 2, 176400), playback::kInvalidHandle);
-  EXPECT_EQ(output.StreamCount(), 0);
 }
 
 }  // namespace

@@ -3,15 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 #include "platform/device_volume.h"
 #include "platform/registry.h"
 #include "platform/wave_out_capture.h"
 #include "support/test_environment.h"
+#include "wave_returns.h"
 
 namespace {
 
@@ -19,36 +17,7 @@ using platform::CaptureDriver;
 using platform::CaptureOptions;
 using platform::CapturePace;
 using platform::WaveBuffer;
-
-// Buffers of a test with the call-backs they got, in order.
-class Returns {
- public:
-  static void Done(void* context, WaveBuffer* buffer) {
-    auto* self = static_cast<Returns*>(context);
-    std::lock_guard guard(self->lock);
-    self->order.push_back(buffer->user);
-    if (std::this_thread::get_id() == self->writer) self->fromWriter = true;
-    self->changed.notify_all();
-  }
-
-  bool WaitFor(std::size_t count, int limitMs = 5000) {
-    std::unique_lock guard(lock);
-    return changed.wait_for(guard, std::chrono::milliseconds(limitMs), [&] { return order.size() >= count; });
-  }
-
-  std::vector<std::uint32_t> Order() {
-    std::lock_guard guard(lock);
-    return order;
-  }
-
-  std::thread::id writer = std::this_thread::get_id();
-  bool fromWriter = false;
-
- private:
-  std::mutex lock;
-  std::condition_variable changed;
-  std::vector<std::uint32_t> order;
-};
+using wave_testing::Returns;
 
 struct Buffers {
   explicit Buffers(std::size_t count, std::size_t samples = 1000) : data(count), headers(count) {
