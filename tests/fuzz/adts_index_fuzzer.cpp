@@ -2,11 +2,11 @@
 // ID3v2 tag as the plug-in skips it. Every frame found must lie inside the
 // bytes, in order, and the block count must add up.
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 
 #include "decoders/id3v2.h"
 #include "decoders/tag_source.h"
+#include "fuzz_checks.h"
 #include "plugins/aac/adts_index.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -17,13 +17,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::uint64_t end = 0;
   std::uint64_t blocks = 0;
   for (const plugins::aac::AdtsFrame& frame : index.Frames()) {
-    if (frame.offset < end || frame.offset + frame.length > size || frame.firstBlock != blocks) std::abort();
+    fuzz_checks::Require(frame.offset >= end && frame.offset + frame.length <= size && frame.firstBlock == blocks);
     end = frame.offset + frame.length;
     blocks += bytes[frame.offset + 6] % 4 + 1;
   }
-  if (blocks != index.TotalBlocks()) std::abort();
-  if (index.FrameForBlock(blocks + 10) != index.Frames().size() - 1 || index.FrameForBlock(0) != 0)
-    std::abort();
+  fuzz_checks::Require(blocks == index.TotalBlocks() && index.FrameForBlock(0) == 0 &&
+                       index.FrameForBlock(blocks + 10) == index.Frames().size() - 1);
   index.DurationMs();
   return 0;
 }

@@ -2,21 +2,14 @@
 // gives must be valid UTF-8; the sanitizers watch the reads.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <span>
 #include <string>
 
 #include "decoders/id3v2.h"
-#include "platform/text.h"
+#include "fuzz_checks.h"
 
-namespace {
-
-void CheckText(const std::optional<std::string>& text) {
-  if (text && !platform::IsValidUtf8(*text)) std::abort();
-}
-
-}  // namespace
+using fuzz_checks::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::span<const std::uint8_t> bytes(data, size);
@@ -25,10 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool found = decoders::ReadId3v2(source, info);
   for (const auto* field : {&info.title, &info.artist, &info.album, &info.comment, &info.year, &info.genre,
                             &info.encodedBy, &info.composer, &info.track}) {
-    if (!found && *field) std::abort();
-    CheckText(*field);
+    Require(found || !*field);
+    Require(!*field || platform::IsValidUtf8(**field));
   }
   const std::uint32_t length = decoders::Id3v2TagLength(bytes);
-  if (length != 0 && (length < 10 || length > 10 + 0x0FFFFFFFu)) std::abort();
+  Require(length == 0 || (length >= 10 && length <= 10 + 0x0FFFFFFFu));
   return 0;
 }

@@ -6,12 +6,13 @@
 // Input: 2 bytes of interval, 1 byte of piece-size seed, then the stream.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "fuzz_checks.h"
 #include "net/metadata_filter.h"
-#include "platform/text.h"
+
+using fuzz_checks::Require;
 
 namespace {
 
@@ -35,7 +36,7 @@ Result Run(std::uint32_t interval, std::vector<std::uint8_t> wire, std::uint32_t
       count = std::min<std::size_t>(count, 1 + (state >> 16) % 97);
     }
     const std::size_t metadata = filter.Filter(wire.data() + offset, count, &result.titles);
-    if (metadata > count) std::abort();
+    Require(metadata <= count);
     result.audio.insert(result.audio.end(), wire.begin() + static_cast<std::ptrdiff_t>(offset),
                         wire.begin() + static_cast<std::ptrdiff_t>(offset + count - metadata));
     offset += count;
@@ -53,13 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<std::uint8_t> wire(data + 3, data + size);
   const Result whole = Run(interval, wire, 0);
   const Result pieces = Run(interval, wire, seed | 1);
-  if (whole.audio != pieces.audio || whole.titles != pieces.titles || whole.hasTitle != pieces.hasTitle ||
-      whole.lastTitle != pieces.lastTitle) {
-    std::abort();
-  }
-  if (interval == 0 && whole.audio != wire) std::abort();
-  for (const std::string& title : whole.titles) {
-    if (!platform::IsValidUtf8(title) || platform::Utf16Length(title) > net::kTitleUnits) std::abort();
-  }
+  Require(whole.audio == pieces.audio && whole.titles == pieces.titles && whole.hasTitle == pieces.hasTitle &&
+          whole.lastTitle == pieces.lastTitle);
+  Require(interval != 0 || whole.audio == wire);
+  for (const std::string& title : whole.titles) fuzz_checks::RequireText(title, net::kTitleUnits);
   return 0;
 }

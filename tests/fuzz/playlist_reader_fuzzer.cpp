@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/text.h"
+#include "fuzz_checks.h"
 #include "playback/format_registry.h"
 #include "playlist/list_entry.h"
 #include "playlist/playlist_files.h"
@@ -59,10 +59,6 @@ void WriteQuickly(const std::string& path, std::string_view bytes) {
   std::fclose(file);
 }
 
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
-
 // Entries that read back as they were written: absolute paths and addresses.
 // (Relative ones get the list's folder in front; a name ending in the native
 // list's own extension is read as a list while the native list loads.)
@@ -71,6 +67,8 @@ bool ComesBackAsWritten(const std::string& path) {
 }
 
 }  // namespace
+
+using fuzz_checks::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static Folder folder;
@@ -84,8 +82,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   for (int i = 0; i < view.ItemCount(); ++i) {
     const std::string& path = view.PathAt(i);
-    Check(!path.empty());
-    for (char c : path) Check(static_cast<unsigned char>(c) >= 0x20 || c == '\t');
+    Require(!path.empty());
+    for (char c : path) Require(static_cast<unsigned char>(c) >= 0x20 || c == '\t');
   }
 
   const std::string saved = folder.path + "/default.tsl";
@@ -97,10 +95,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   bool comparable = true;
   for (int i = 0; i < view.ItemCount() && comparable; ++i) comparable = ComesBackAsWritten(view.PathAt(i));
   if (!comparable) return 0;
-  Check(reloaded.ItemCount() == view.ItemCount());
+  Require(reloaded.ItemCount() == view.ItemCount());
   for (int i = 0; i < view.ItemCount(); ++i) {
-    Check(reloaded.PathAt(i) == view.PathAt(i));
-    if (view.FlagsAt(i) & playlist::ITEM_HAS_INFO) Check(reloaded.TitleAt(i) == view.TitleAt(i));
+    Require(reloaded.PathAt(i) == view.PathAt(i));
+    if (view.FlagsAt(i) & playlist::ITEM_HAS_INFO) Require(reloaded.TitleAt(i) == view.TitleAt(i));
   }
   return 0;
 }

@@ -4,21 +4,14 @@
 // redirect's address either parses or is refused.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "net/response_header.h"
+#include "fuzz_checks.h"
 #include "net/stream_url.h"
-#include "platform/text.h"
 
-namespace {
-
-void CheckStationText(const std::string& text) {
-  if (!platform::IsValidUtf8(text) || platform::Utf16Length(text) > net::kStationTextUnits) std::abort();
-}
-
-}  // namespace
+using fuzz_checks::Require;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string_view received(reinterpret_cast<const char*>(data), size);
@@ -26,19 +19,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   net::ParseStatusCode(received);
   const auto end = net::FindHeaderEnd(received);
   if (!end) return 0;
-  if (*end > received.size()) std::abort();
+  Require(*end <= received.size());
   const net::ResponseHeader header = net::ParseResponseHeader(received.substr(0, *end));
-  CheckStationText(header.stationName);
-  CheckStationText(header.stationGenre);
-  CheckStationText(header.stationUrl);
-  if (header.metaInterval > 0x7FFFFFFFu) std::abort();
+  for (const std::string* text : {&header.stationName, &header.stationGenre, &header.stationUrl}) {
+    fuzz_checks::RequireText(*text, net::kStationTextUnits);
+  }
+  Require(header.metaInterval <= 0x7FFFFFFFu);
   if (header.location) {
     const auto next = net::ResolveLocation("http://radio.example:8000/dir/live?x", *header.location);
     if (next) {
       if (const auto url = net::ParseStreamUrl(*next)) {
         const std::string request = net::BuildRequest(*url, *next, false, "Tavrinsonic");
         // Nothing from the server may end the request line early.
-        if (request.find("\r\n") != request.find(" HTTP/1.0\r\n") + 9) std::abort();
+        Require(request.find("\r\n") == request.find(" HTTP/1.0\r\n") + 9);
       }
     }
   }
