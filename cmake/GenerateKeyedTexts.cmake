@@ -2,31 +2,25 @@
 #       -DNAMESPACE=<ns> -DTABLE=<name> -P GenerateKeyedTexts.cmake
 # Turns tables of "<key><TAB><text>" lines into one C++ array sorted by key.
 # Lines starting with # and empty lines are skipped. The texts' escapes (\n, \t,
-# \\, \") are C escapes; ";" "[" and "]" are written as octal escapes here, so
-# that CMake's list handling can't split or merge lines.
+# \\, \") are C escapes; quotes, ";" "[" and "]" are written as octal escapes.
+include(${CMAKE_CURRENT_LIST_DIR}/TextTables.cmake)
 string(REPLACE "|" ";" inputs "${INPUTS}")
-set(rows "")
+set(lines "")
 foreach(input IN LISTS inputs)
-  file(READ ${input} content)
-  string(REPLACE "\\\"" "\\042" content "${content}")
-  string(REPLACE "\"" "\\042" content "${content}")
-  string(REPLACE ";" "\\073" content "${content}")
-  string(REPLACE "[" "\\133" content "${content}")
-  string(REPLACE "]" "\\135" content "${content}")
-  string(REPLACE "\r" "" content "${content}")
-  string(REPLACE "\n" ";" lines "${content}")
-  foreach(line IN LISTS lines)
-    if(line MATCHES "^#" OR line STREQUAL "")
-      continue()
-    endif()
-    if(NOT line MATCHES "^([a-z]+\\.[A-Za-z0-9.]+)\t(.*)$")
-      message(FATAL_ERROR "${input}: not '<key><TAB><text>': ${line}")
-    endif()
-    list(APPEND rows "    {\"${CMAKE_MATCH_1}\", \"${CMAKE_MATCH_2}\"},")
-  endforeach()
+  ts_read_text_table(${input} "[a-z]+\\.[A-Za-z0-9.]+" lines)
+endforeach()
+set(rows "")
+foreach(line IN LISTS lines)
+  string(REGEX MATCH "^([^\t]+)\t(.*)$" unused "${line}")
+  set(key "${CMAKE_MATCH_1}")
+  set(text "${CMAKE_MATCH_2}")
+  string(REPLACE "\\\"" "\\042" text "${text}")
+  string(REPLACE "\"" "\\042" text "${text}")
+  list(APPEND rows "    {\"${key}\", \"${text}\"},")
 endforeach()
 list(SORT rows)
 list(JOIN rows "\n" body)
+ts_restore_marks(body "\\073" "\\133" "\\135")
 file(WRITE ${OUTPUT}.new "// Generated from res/strings; do not edit.
 #include \"${HEADER}\"
 

@@ -1,14 +1,11 @@
 # cmake -DINPUT=<english.txt> -DOUTPUT=<english_strings.cpp> -P GenerateStrings.cmake
 # Turns the English string table into a sorted C++ array, compiled into the core.
-file(STRINGS ${INPUT} lines ENCODING UTF-8)
+include(${CMAKE_CURRENT_LIST_DIR}/TextTables.cmake)
+set(lines "")
+ts_read_text_table(${INPUT} "[0-9]+" lines)
 set(rows "")
 foreach(line IN LISTS lines)
-  if(line MATCHES "^#" OR line STREQUAL "")
-    continue()
-  endif()
-  if(NOT line MATCHES "^([0-9]+)\t(.*)$")
-    message(FATAL_ERROR "${INPUT}: not '<id><TAB><text>': ${line}")
-  endif()
+  string(REGEX MATCH "^([^\t]+)\t(.*)$" unused "${line}")
   set(id ${CMAKE_MATCH_1})
   set(text "${CMAKE_MATCH_2}")
   # The table's own escapes are C escapes too; only quotes need escaping.
@@ -17,6 +14,7 @@ foreach(line IN LISTS lines)
 endforeach()
 list(SORT rows COMPARE NATURAL)
 list(JOIN rows "\n" body)
+ts_restore_marks(body ";" "[" "]")
 file(WRITE ${OUTPUT}.new "// Generated from res/strings/english.txt; do not edit.
 #include \"platform/texts.h\"
 

@@ -3,11 +3,8 @@
 # id-based message per text of the program, its English text as the source
 # and an empty, unfinished translation.
 string(REPLACE "|" ";" keyed_inputs "${KEYED}")
-# Stand-ins for characters that CMake's lists would take apart.
+include(${CMAKE_CURRENT_LIST_DIR}/TextTables.cmake)
 string(ASCII 1 backslash_mark)
-string(ASCII 2 semicolon_mark)
-string(ASCII 3 open_mark)
-string(ASCII 4 close_mark)
 set(messages "")
 
 function(escape_for_xml text result)
@@ -25,29 +22,18 @@ function(escape_for_xml text result)
   set(${result} "${text}" PARENT_SCOPE)
 endfunction()
 
+set(lines "")
 foreach(input IN ITEMS ${NUMBERED} ${keyed_inputs})
-  file(READ ${input} content)
-  string(REPLACE ";" "${semicolon_mark}" content "${content}")
-  string(REPLACE "[" "${open_mark}" content "${content}")
-  string(REPLACE "]" "${close_mark}" content "${content}")
-  string(REPLACE "\r" "" content "${content}")
-  string(REPLACE "\n" ";" lines "${content}")
-  foreach(line IN LISTS lines)
-    if(line MATCHES "^#" OR line STREQUAL "")
-      continue()
-    endif()
-    if(NOT line MATCHES "^([A-Za-z0-9.]+)\t(.*)$")
-      message(FATAL_ERROR "${input}: not '<id><TAB><text>': ${line}")
-    endif()
-    set(id "${CMAKE_MATCH_1}")
-    escape_for_xml("${CMAKE_MATCH_2}" source)
-    string(APPEND messages "    <message id=\"${id}\">\n        <source>${source}</source>\n"
-                           "        <translation type=\"unfinished\"></translation>\n    </message>\n")
-  endforeach()
+  ts_read_text_table(${input} "[A-Za-z0-9.]+" lines)
 endforeach()
-string(REPLACE "${semicolon_mark}" ";" messages "${messages}")
-string(REPLACE "${open_mark}" "[" messages "${messages}")
-string(REPLACE "${close_mark}" "]" messages "${messages}")
+foreach(line IN LISTS lines)
+  string(REGEX MATCH "^([^\t]+)\t(.*)$" unused "${line}")
+  set(id "${CMAKE_MATCH_1}")
+  escape_for_xml("${CMAKE_MATCH_2}" source)
+  string(APPEND messages "    <message id=\"${id}\">\n        <source>${source}</source>\n"
+                         "        <translation type=\"unfinished\"></translation>\n    </message>\n")
+endforeach()
+ts_restore_marks(messages ";" "[" "]")
 file(WRITE ${OUTPUT}.new "<?xml version=\"1.0\" encoding=\"utf-8\"?>
 <!DOCTYPE TS>
 <!-- Every text of Tavrinsonic, in English: the starting point of a language
