@@ -34,6 +34,12 @@ class ReaderDecoderTest : public OutputTest {
     SetPlaybackOptions(true, true, true);  // the defaults
     OutputTest::TearDown();
   }
+  // Readers live in the fixture: a decode thread may still read while a test
+  // returns, until the decoder goes in TearDown.
+  PatternReader& MakeReader(std::uint32_t rate, std::uint32_t channels, std::uint32_t frames) {
+    ownedReader = std::make_unique<PatternReader>(rate, channels, frames);
+    return *ownedReader;
+  }
   ReaderDecoder& Wire(playback::FormatReader& reader, bool withSource = true) {
     decoder = std::make_unique<ReaderDecoder>();
     decoder->SetReader(&reader);
@@ -70,6 +76,8 @@ class ReaderDecoderTest : public OutputTest {
 
   playback::LockedFile file;
   platform::MessageQueue notify;
+  std::unique_ptr<PatternReader> ownedReader;
+  decoders::WavReader wavReader;
   std::unique_ptr<ReaderDecoder> decoder;
 };
 
@@ -79,11 +87,10 @@ class ReaderDecoderSoundTest : public ReaderDecoderTest, public ::testing::WithP
 
 TEST_P(ReaderDecoderSoundTest, TheCaptureDevicePlaysWhatSoxDecodes) {
   UseCapture(CapturePace::kUnpaced);
-  decoders::WavReader reader;
   const std::string path = wav_testing::MediaPath(GetParam());
   Samples reference = wav_testing::SoxDecode(path);
   ASSERT_FALSE(reference.empty());
-  ReaderDecoder& wav = Wire(reader);
+  ReaderDecoder& wav = Wire(wavReader);
   ASSERT_TRUE(wav.Open(path));
   ASSERT_TRUE(wav.Play());
   ASSERT_TRUE(Ended());
@@ -104,7 +111,7 @@ INSTANTIATE_TEST_SUITE_P(Files, ReaderDecoderSoundTest,
 
 TEST_F(ReaderDecoderTest, PlayNeedsAReaderAndASourceAndStartsOneThread) {
   UseCapture(CapturePace::kStepped);
-  PatternReader reader(8000, 2, 80000);
+  PatternReader& reader = MakeReader(8000, 2, 80000);
   ReaderDecoder& pattern = Wire(reader, false);
   ASSERT_TRUE(pattern.Open("/any"));
   EXPECT_FALSE(pattern.Play()) << "no source set, although the reader wouldn't use it";
@@ -126,7 +133,7 @@ TEST_F(ReaderDecoderTest, PlayNeedsAReaderAndASourceAndStartsOneThread) {
 TEST_F(ReaderDecoderTest, WithNeitherOptionTheEndWaitsUntilTheQueueHasPlayed) {
   UseCapture(CapturePace::kStepped);
   // Half a second: shorter than the prefill, so it starts at its end.
-  PatternReader reader(8000, 1, 4000);
+  PatternReader& reader = MakeReader(8000, 1, 4000);
   ReaderDecoder& pattern = Wire(reader);
   ASSERT_TRUE(pattern.Open("/any"));
   ASSERT_TRUE(pattern.Play());
@@ -141,7 +148,7 @@ TEST_F(ReaderDecoderTest, WithNeitherOptionTheEndWaitsUntilTheQueueHasPlayed) {
 TEST_F(ReaderDecoderTest, WithCrossfadeTheEndFadesAllThatIsQueuedAndPostsAtOnce) {
   SetPlaybackOptions(true, true, false);
   UseCapture(CapturePace::kStepped);
-  PatternReader reader(8000, 1, 4000);
+  PatternReader& reader = MakeReader(8000, 1, 4000);
   ReaderDecoder& pattern = Wire(reader);
   ASSERT_TRUE(pattern.Open("/any"));
   ASSERT_TRUE(pattern.Play());
@@ -180,7 +187,7 @@ TEST_F(ReaderDecoderTest, WithGaplessTheStreamStaysForTheNextTrackWhichReplacesI
 
 TEST_F(ReaderDecoderTest, StopRemovesTheStreamOrWithCrossfadeLetsItFadeOutAlone) {
   UseCapture(CapturePace::kStepped);
-  PatternReader reader(8000, 2, 80000);  // ten seconds: the thread waits for room
+  PatternReader& reader = MakeReader(8000, 2, 80000);  // ten seconds: the thread waits for room
   ReaderDecoder& pattern = Wire(reader);
   ASSERT_TRUE(pattern.Open("/any"));
   ASSERT_TRUE(pattern.Play());
@@ -206,7 +213,7 @@ TEST_F(ReaderDecoderTest, StopRemovesTheStreamOrWithCrossfadeLetsItFadeOutAlone)
 
 TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
   UseCapture(CapturePace::kStepped);
-  PatternReader reader(8000, 1, 32000);  // four seconds: more than the queue holds
+  PatternReader& reader = MakeReader(8000, 1, 32000);  // four seconds: more than the queue holds
   ReaderDecoder& pattern = Wire(reader);
   EXPECT_FALSE(pattern.Seek(1000)) << "stopped";
   ASSERT_TRUE(pattern.Open("/any"));
@@ -233,7 +240,7 @@ TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
 TEST_F(ReaderDecoderTest, WithCrossfadeASeekFadesTheOldStreamUnlessOneFadedWithinFourPolls) {
   SetPlaybackOptions(true, false, false);
   UseCapture(CapturePace::kStepped);
-  PatternReader reader(8000, 2, 80000);
+  PatternReader& reader = MakeReader(8000, 2, 80000);
   ReaderDecoder& pattern = Wire(reader);
   ASSERT_TRUE(pattern.Open("/any"));
   ASSERT_TRUE(pattern.Play());
@@ -254,7 +261,7 @@ TEST_F(ReaderDecoderTest, WithCrossfadeASeekFadesTheOldStreamUnlessOneFadedWithi
 // --- What the decoder tells of files -----------------------------------------------------
 
 TEST_F(ReaderDecoderTest, FileDetailsAndTitlesComeFromTheReadersRecord) {
-  PatternReader reader(44100, 2, 44100 * 3);
+  PatternReader& reader = MakeReader(44100, 2, 44100 * 3);
   ReaderDecoder& pattern = Wire(reader);
   std::string display;
   std::string title;
