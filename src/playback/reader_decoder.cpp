@@ -1,44 +1,15 @@
 // ReaderDecoder: the window thread's side. The decode thread is in
 // reader_decoder_thread.cpp.
 //
-// Push path, on the decode thread:
-//  1. Under both locks: the reader's rate and channels (more than two count
-//     as two); a held stream with a queue of two seconds, the same stream
-//     again when gapless is on and crossfade off; with crossfade a fade-in of
-//     2000 ms, with trimSilence the silence threshold 500.
-//  2. Loop: read a block (at most 65536 bytes, half a second or less) under
-//     sourceLock; poll for room every 10 ms, asking every 100 ms whether the
-//     stream still lives, and leave on a stop or when the stream has died
-//     (which counts as the end of the track); write
-//     under outputLock, after looking at the stop flag under it. A block
-//     read before a seek is dropped there, so that no sound from before the
-//     seek reaches the new stream.
-//  3. Prefill: once the queue is half full, play the stream and arm the
-//     silence threshold again, trimming on or off: a quiet stretch after the
-//     first second is dropped once. The player has always done so.
-//  4. After the loop a stream still in prefill is played, so that a track
-//     shorter than one second sounds.
-//  5. At the natural end, unless a stop came: with trimSilence arm the
-//     threshold, and without gapless write the end mark (which trims the
-//     tail); with crossfade fade out all that is queued; otherwise, without
-//     gapless, write the end mark and wait until the queue has drained. Then
-//     post 2568. With gapless the stream stays open for the next track.
-//
-// Seek hand-over, on the window thread, holding sourceLock then outputLock
-// from the reader's seek until the new handle is stored, so that the thread
-// never writes into a stream that has been faded or removed:
-//  1. The reader seeks (it clamps the position); -1 fails the seek.
-//  2. A new held stream opens, the same one again with gapless and no
-//     crossfade; with crossfade it fades in over 1000 ms.
-//  3. The old stream: with crossfade, and no seek in the last four position
-//     polls (seekGuard), fades out over 1000 ms and plays on by itself;
-//     otherwise it is flushed (the reused stream) or removed.
-//  4. The new handle is stored, seekGuard = 4, seekBase = the position, and
-//     the thread prefills again. It never restarts.
-//
-// Stop: the stop flag first, then under outputLock the stream fades out and
-// plays (crossfade), is removed, or inside Close is left alone for the next
-// track; the handle is forgotten and the thread joined.
+// The push path, the prefill, the end of a track, the seek hand-over and
+// the stop are the steps of playback::StreamFeed (stream_feed.h), in the
+// order given there. What this decoder adds:
+//  - the decode thread reads blocks of at most 65536 bytes (half a second or
+//    less) under sourceLock and writes each after waiting for room;
+//  - a seek moves the reader under sourceLock and hands the stream over
+//    while still holding it, so that the thread never reads between the two;
+//    a seek before the thread has opened its stream moves the reader and the
+//    seek base only.
 #include "playback/reader_decoder.h"
 
 #include <algorithm>
@@ -52,8 +23,6 @@ namespace playback {
 namespace {
 
 constexpr std::size_t kTextUnits = kTrackTextUnits - 1;  // content of a 256-unit buffer
-constexpr std::uint32_t kSeekFadeMs = 1000;
-constexpr std::uint32_t kSeekGuardPolls = 4;
 
 // The name of a path without its folder, cut to `units` UTF-16 units and
 // then at its last dot.
@@ -82,7 +51,7 @@ void FillSummary(TrackInfo& info, FormatSummary& summary, std::uint32_t bitRate)
 }  // namespace
 
 ReaderDecoder::~ReaderDecoder() {
-  stopFlag.store(1, std::memory_order_relaxed);
+  feed.RequestStop();
   thread.Join();
 }
 
@@ -130,67 +99,28 @@ std::uint32_t ReaderDecoder::GetDuration() {
 }
 
 std::uint32_t ReaderDecoder::GetPosition() {
-  std::uint32_t guard = seekGuard.load(std::memory_order_relaxed);
-  while (guard != 0 && !seekGuard.compare_exchange_weak(guard, guard - 1, std::memory_order_relaxed)) {
-  }
-  const std::uint32_t rate = sampleRate.load(std::memory_order_relaxed);
-  if (rate == 0 || threadOutput == nullptr) return 0;
-  const std::uint64_t played = threadOutput->GetPlayedSamples(handle.load(std::memory_order_relaxed));
+  const std::uint64_t played = feed.PlayedFrames();
+  const std::uint32_t rate = feed.SampleRate();
+  if (rate == 0) return 0;
   return static_cast<std::uint32_t>(seekBase.load(std::memory_order_relaxed) + played * 1000 / rate);
 }
 
 bool ReaderDecoder::Seek(int positionMs) {
   if (state == kStateStopped || reader == nullptr) return false;
   std::lock_guard sourceGuard(sourceLock);
-  std::lock_guard outputGuard(outputLock);
-  if (loopEnded) return false;  // the track is running out; nothing would feed a new stream
   const int reached = reader->Seek(std::max(positionMs, 0));
   if (reached < 0) return false;
-  const std::uint32_t rate = sampleRate.load(std::memory_order_relaxed);
-  // Before the thread has opened its stream there is nothing to hand over.
-  if (rate != 0 && threadOutput != nullptr) {
-    PlaybackSettings& options = Playback();
-    const bool crossfade = PlaybackSettings::Read(options.crossfade);
-    const bool reuse = PlaybackSettings::Read(options.gapless) && !crossfade;
-    const std::uint32_t old = handle.load(std::memory_order_relaxed);
-    const std::uint32_t fresh =
-        threadOutput->OpenStream(reuse ? 1 : 0, 1, rate, static_cast<int>(channels.load()), StreamCapacity());
-    if (crossfade) threadOutput->SetStreamParam(fresh, kParamFadeInMs, kSeekFadeMs);
-    if (crossfade && seekGuard.load(std::memory_order_relaxed) == 0) {
-      threadOutput->ControlStream(old, kStreamFadeTail, kSeekFadeMs);
-      threadOutput->ControlStream(old, kStreamPlay, 0);
-    } else if (reuse) {
-      threadOutput->FlushStream(old);
-    } else {
-      threadOutput->ControlStream(old, kStreamRemove, 0);
-    }
-    handle.store(fresh, std::memory_order_relaxed);
+  const StreamFeed::HandOverResult handOver = feed.HandOver();
+  if (handOver == StreamFeed::HandOverResult::kLoopEnded || handOver == StreamFeed::HandOverResult::kRefused) {
+    return false;
   }
-  seekGuard.store(kSeekGuardPolls, std::memory_order_relaxed);
   seekBase.store(static_cast<std::uint32_t>(reached), std::memory_order_relaxed);
-  prefilling = true;
-  ++seekCount;
   return true;
 }
 
 void ReaderDecoder::Stop() {
   if (state == kStatePaused && output != nullptr) output->Pause(0);
-  stopFlag.store(1, std::memory_order_relaxed);
-  {
-    std::lock_guard outputGuard(outputLock);
-    const std::uint32_t current = handle.load(std::memory_order_relaxed);
-    if (threadOutput != nullptr) {
-      if (PlaybackSettings::Read(Playback().crossfade)) {
-        // The old stream fades out by itself while the next track starts;
-        // one still held in prefill is heard fading too.
-        threadOutput->ControlStream(current, kStreamFadeTail, 0);
-        threadOutput->ControlStream(current, kStreamPlay, 0);
-      } else if (!closing) {
-        threadOutput->ControlStream(current, kStreamRemove, 0);
-      }
-    }
-    handle.store(kInvalidHandle, std::memory_order_relaxed);
-  }
+  feed.Stop(closing);
   thread.Join();
   state = kStateStopped;
   seekBase.store(0, std::memory_order_relaxed);
@@ -215,12 +145,8 @@ bool ReaderDecoder::Play() {
   if (state == kStatePlaying) return true;
   if (state != kStateStopped) return false;
   thread.Join();
-  stopFlag.store(0, std::memory_order_relaxed);
-  threadOutput = output;
+  feed.Arm(output);
   threadNotify = notifyWindow;
-  sampleRate.store(0, std::memory_order_relaxed);
-  channels.store(0, std::memory_order_relaxed);
-  loopEnded = false;
   if (!thread.Start([this] { DecodeThread(); }, decodePriority)) return false;
   SetState(kStatePlaying);
   return true;
@@ -271,12 +197,6 @@ bool ReaderDecoder::GetFileDetails(const std::string& filePath, std::string* dis
   }
   if (summary != nullptr) FillSummary(info, *summary, info.GetBitRate());
   return true;
-}
-
-std::uint32_t ReaderDecoder::StreamCapacity() const {
-  // Two seconds of samples; the queue itself refuses absurd sizes.
-  const std::uint64_t capacity = static_cast<std::uint64_t>(sampleRate.load()) * channels.load() * 2;
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(capacity, 0xFFFFFFFFu));
 }
 
 }  // namespace playback

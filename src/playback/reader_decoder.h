@@ -22,6 +22,7 @@
 
 #include "platform/thread.h"
 #include "playback/media_decoder.h"
+#include "playback/stream_feed.h"
 #include "tavrinsonic/format_reader.h"
 
 namespace playback {
@@ -57,44 +58,21 @@ class ReaderDecoder : public MediaDecoder {
   // The decode thread (reader_decoder_thread.cpp).
   void DecodeThread();
   bool StartStream();
-  // False when the thread must leave because of a stop or a dead stream;
-  // `finished` then says whether it counts as the end of the track.
-  bool WaitForQueueRoom(std::uint32_t samples, bool& finished);
   void DecodeLoop(std::int16_t* block, std::uint32_t blockSamples, bool& finished);
-  void FinishTrack();
-  void WaitUntilDrained();
-  bool StopRequested() const { return stopFlag.load(std::memory_order_relaxed) != 0; }
-
-  // Two seconds of samples at the stream's rate and channels.
-  std::uint32_t StreamCapacity() const;
 
   // Set on the window thread while no thread runs.
   std::string path;  // of the open track; empty after Close
   FormatReader* reader = nullptr;
-  AudioOutput* threadOutput = nullptr;              // `output` as Play found it
   platform::MessageTarget* threadNotify = nullptr;  // `notifyWindow` as Play found it
   bool closing = false;                             // Stop runs inside Close: leave the stream alone
   platform::Thread thread;
 
-  // Lock order: sourceLock, then outputLock; never the other way.
+  // Lock order: sourceLock, then the feed's outputLock; never the other way.
   // sourceLock guards the reader's position: Open, Read, Seek, Close and
   // GetFormat of the reader.
   std::mutex sourceLock;
-  // outputLock guards the calls that write or change the current stream,
-  // and the switch of `handle`; `prefilling` and `loopEnded` change under it.
-  std::mutex outputLock;
-  // The atomics are also read without a lock (GetPosition, the waits).
-  std::atomic<std::uint32_t> handle{0xFFFFFFFFu};
-  std::atomic<std::uint32_t> sampleRate{0};  // of the stream; 0 until the thread has opened it
-  std::atomic<std::uint32_t> channels{0};
-  std::atomic<std::uint32_t> seekGuard{0};
+  StreamFeed feed;                         // the stream the thread writes (output as Play found it)
   std::atomic<std::uint32_t> seekBase{0};  // milliseconds at which the current stream began
-  std::atomic<std::uint32_t> stopFlag{0};  // set by the window thread; the thread polls it
-  bool prefilling = false;
-  bool loopEnded = false;  // the thread has left its loop: Seek has nothing to feed
-  // Counts seeks; written with both locks held, so either lock suffices to
-  // read it. A block read before a seek is not written after it.
-  std::uint32_t seekCount = 0;
 };
 
 }  // namespace playback
