@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include "decoders/libmad_back_end.h"
+#include "decoders/mp3_decoder.h"
 #include "decoders/wav_reader.h"
 #include "effects/equalizer.h"
 #include "platform/device_volume.h"
@@ -73,8 +75,13 @@ PlayerApp::~PlayerApp() {
   currentDecoder = &idleDecoder;
   playlist.StopInfoThread();
   // The registry may outlive this object: nothing must find these decoders
-  // there once they are gone. The AAC decoder goes before its reader, the
-  // reader before its library; the WAV pair comes last.
+  // there once they are gone. The MP3 decoder goes before its back-end. The
+  // AAC decoder goes before its reader, the reader before its library; the
+  // WAV pair comes last.
+  Formats().SetDecoder(playback::kFormatMp3, nullptr);
+  Formats().SetDecoder(playback::kFormatMp3Stream, nullptr);
+  mp3Decoder.reset();
+  mp3BackEnd.reset();
   Formats().SetDecoder(playback::kFormatAac, nullptr);
   Formats().SetDecoder(playback::kFormatWav, nullptr);
   aacDecoder.reset();
@@ -263,6 +270,8 @@ void PlayerApp::SetUpFormats() {
   for (const int format : {playback::kFormatM3u, playback::kFormatPls, playback::kFormatAsx})
     formats.Enable(format, true);
 
+  SetUpMp3Format();
+
   // WAV: the reader and a reader-driven decoder over it.
   wavReader = std::make_unique<decoders::WavReader>();
   wavDecoder = std::make_unique<playback::ReaderDecoder>();
@@ -278,6 +287,25 @@ void PlayerApp::SetUpFormats() {
     aacDecoder->SetReader(aacPlugin->reader.get());
     SetUpReaderFormat(*aacDecoder, playback::kFormatAac, "aac");
   }
+}
+
+// MP3: the frame back-end is libmad, linked in, so the decoder always exists.
+// It is given the back-end and the output (the shared file comes with each
+// track); the back-end's own equalizer is set flat, since the output's
+// equalizer filters MP3 like everything else. Format 4 (MP3 streams) is bound
+// to the same decoder, with the stream client, once PlayerApp has one.
+void PlayerApp::SetUpMp3Format() {
+  mp3BackEnd = std::make_unique<decoders::LibmadBackEnd>();
+  mp3Decoder = std::make_unique<decoders::Mp3Decoder>();
+  mp3Decoder->SetBackEnd(mp3BackEnd.get());
+  mp3Decoder->SetOutput(&output);
+  std::array<int, decoders::kEqualizerBands> neutral{};
+  neutral.fill(31);
+  mp3BackEnd->seteq(0, 31, neutral);
+  playback::FormatRegistry& formats = Formats();
+  for (const char* extension : {"mp3", "mp2", "mpa"}) formats.AddExtension(playback::kFormatMp3, extension);
+  formats.Enable(playback::kFormatMp3, true);
+  formats.SetDecoder(playback::kFormatMp3, mp3Decoder.get());
 }
 
 // Wires a reader-driven decoder (the shared file, the output) and binds its

@@ -54,8 +54,10 @@ struct FormatPlugin;
 }  // namespace playback
 
 namespace decoders {
+class Mp3BackEnd;
+class Mp3Decoder;
 class WavReader;
-}
+}  // namespace decoders
 
 namespace effects {
 class Equalizer;
@@ -231,6 +233,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   SettingsTargets Targets();
   void LoadSettings();
   void SetUpFormats();
+  void SetUpMp3Format();
   void SetUpReaderFormat(playback::ReaderDecoder& decoder, int formatId, const char* extension);
   void BuildSkipTimeMenu();
   void CheckSkipTimeEntries();
@@ -261,6 +264,10 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;
+  // MP3: the decoder goes before its back-end. To play, rebind the decoder
+  // with mp3Decoder->SetBackEnd(mp3BackEnd.get()) while it exists.
+  std::unique_ptr<decoders::Mp3BackEnd> mp3BackEnd;
+  std::unique_ptr<decoders::Mp3Decoder> mp3Decoder;
   // The reader-driven formats. Each decoder goes before the reader it drives,
   // and the plug-in's reader before its library.
   std::unique_ptr<decoders::WavReader> wavReader;

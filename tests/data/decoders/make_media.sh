@@ -41,3 +41,7 @@ ffmpeg -loglevel error -y -i "$work/source.wav" -ar 48000 -c:a mp2 -b:a 160k -f 
 ffmpeg -loglevel error -y -i mpeg25_8k_mono.mp3 -c:a copy -id3v2_version 4 -write_xing 0 \
   -metadata title="Tïtle ☕" -metadata artist="Artist" -metadata album="Albüm" \
   -metadata genre="(13)" -metadata date=1999 -metadata track=5/9 id3v24_utf8.mp3
+
+# MPEG-2 layer III inside RIFF: the 22050 Hz mono file's frames in a WAVE file
+# with format tag 85, as ffmpeg writes it (with a fact and a LIST chunk).
+ffmpeg -loglevel error -y -i mpeg2_22k_mono.mp3 -c:a copy -f wav riff_wave_22k_mono.mp3
