@@ -23,8 +23,9 @@ constexpr std::array<std::array<std::array<int, 16>, 3>, 2> kBitrates = {{
       {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 0}}},
 }};
 
-// Frame length of the header at `p`, 0 if it isn't one (free format too).
-std::size_t FrameLength(const std::uint8_t* p) {
+}  // namespace
+
+std::size_t MpegFrameLength(const std::uint8_t* p) {
   if (p[0] != 0xFF || (p[1] & 0xE0) != 0xE0) return 0;
   const int versionBits = (p[1] >> 3) & 3;  // 3 MPEG-1, 2 MPEG-2, 0 MPEG-2.5
   const int layer = 4 - ((p[1] >> 1) & 3);
@@ -42,8 +43,6 @@ std::size_t FrameLength(const std::uint8_t* p) {
   return static_cast<std::size_t>(slots * bitrate / rate + padding);
 }
 
-}  // namespace
-
 std::string MediaPath(const std::string& name) { return std::string(TS_TEST_DATA_DIR) + "/decoders/" + name; }
 
 Bytes LoadMedia(const std::string& name) {
@@ -56,7 +55,7 @@ std::vector<FrameSpan> FindFrames(const Bytes& file) {
   std::vector<FrameSpan> frames;
   std::size_t offset = decoders::Id3v2TagLength(file);
   while (offset + 4 <= file.size()) {
-    const std::size_t length = FrameLength(file.data() + offset);
+    const std::size_t length = MpegFrameLength(file.data() + offset);
     if (length == 0 || offset + length > file.size()) break;
     frames.push_back({offset, length});
     offset += length;

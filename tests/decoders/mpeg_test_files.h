@@ -21,6 +21,10 @@ struct FrameSpan {
   std::size_t length;
 };
 
+// The length of the frame whose header is at `header`, 0 if it isn't one
+// (free format included): the tests' own reading of the standards.
+std::size_t MpegFrameLength(const std::uint8_t* header);
+
 // The frames from the end of a leading ID3v2 tag up to the first bytes that
 // aren't a frame header (an ID3v1 tag, the end). The tests' own parser of
 // MPEG audio headers, independent of the code under test.

@@ -271,6 +271,21 @@ TEST_F(PlayerAppTest, InitBindsWavAndWithoutThePlugInLeavesAacAbsent) {
   EXPECT_EQ(formats.DecoderForPath("/music/a.wav"), nullptr) << "a decoder that is gone is unbound";
 }
 
+TEST_F(PlayerAppTest, InitBindsTheMp3ExtensionsToOneDecoderUntilTheAppIsGone) {
+  Start();
+  playback::MediaDecoder* mp3 = formats.DecoderForPath("/music/a.MP3");
+  ASSERT_NE(mp3, nullptr);
+  EXPECT_EQ(formats.DecoderForPath("/music/a.mp2"), mp3);
+  EXPECT_EQ(formats.DecoderForPath("/music/a.mpa"), mp3);
+  EXPECT_TRUE(formats.IsEnabled(playback::kFormatMp3));
+  std::string display;
+  EXPECT_TRUE(formats.GetFileDetails(TS_TEST_DATA_DIR "/decoders/cbr128_44k_stereo.mp3", &display, nullptr,
+                                     nullptr, nullptr, nullptr, nullptr, nullptr));
+  EXPECT_EQ(display, "Some Artist - Latin Title");
+  app.reset();
+  EXPECT_EQ(formats.DecoderForPath("/music/a.mp3"), nullptr) << "a decoder that is gone is unbound";
+}
+
 TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
   std::filesystem::create_directories(InstallDirectory());
   std::filesystem::copy_file(TS_AAC_PLUGIN, InstallDirectory() + "/libTSAACPlugin.so");
