@@ -8,6 +8,8 @@
 //   BackEnd           decompress, one frame per call, input at the frame
 //   BackEndInWindows  as the decoder will call it: an 8192-byte buffer
 //                     refilled from the file and compacted after every frame
+// mp3_decoder_bench.cpp adds the decoder itself to the same program, so the
+// floor and the decoder are measured in one run.
 #include <benchmark/benchmark.h>
 #include <mad.h>
 
@@ -18,14 +20,11 @@
 
 #include "decoders/id3v2.h"
 #include "decoders/libmad_back_end.h"
+#include "mp3_bench_media.h"
 
-namespace {
+namespace mp3_bench {
 
-constexpr int kRepeats = 30;
-constexpr double kSampleRate = 44100;
-
-// The audio frames of the test file (between its two tags), repeated.
-const std::vector<std::uint8_t>& Mp3() {
+const std::vector<std::uint8_t>& RepeatedMp3() {
   static const std::vector<std::uint8_t> bytes = [] {
     std::ifstream in(TS_TEST_DATA_DIR "/decoders/cbr128_44k_stereo.mp3", std::ios::binary);
     const std::vector<std::uint8_t> file(std::istreambuf_iterator<char>(in), {});
@@ -37,6 +36,14 @@ const std::vector<std::uint8_t>& Mp3() {
   }();
   return bytes;
 }
+
+}  // namespace mp3_bench
+
+namespace {
+
+using mp3_bench::kSampleRate;
+
+const std::vector<std::uint8_t>& Mp3() { return mp3_bench::RepeatedMp3(); }
 
 void ReportSpeed(benchmark::State& state, std::size_t frames) {
   const double seconds = static_cast<double>(frames) * 1152 / kSampleRate;
