@@ -31,7 +31,8 @@ const std::vector<std::uint8_t>& RepeatedMp3() {
     const std::size_t start = decoders::Id3v2TagLength(file);
     const std::size_t end = file.size() >= 128 ? file.size() - 128 : file.size();  // ID3v1
     std::vector<std::uint8_t> repeated;
-    for (int i = 0; i < kRepeats && start < end; ++i) repeated.insert(repeated.end(), file.begin() + start, file.begin() + end);
+    for (int i = 0; i < kRepeats && start < end; ++i)
+      repeated.insert(repeated.end(), file.begin() + start, file.begin() + end);
     return repeated;
   }();
   return bytes;
@@ -43,12 +44,14 @@ namespace {
 
 using mp3_bench::kSampleRate;
 
-const std::vector<std::uint8_t>& Mp3() { return mp3_bench::RepeatedMp3(); }
+const std::vector<std::uint8_t>& Mp3() {
+  return mp3_bench::RepeatedMp3();
+}
 
 void ReportSpeed(benchmark::State& state, std::size_t frames) {
   const double seconds = static_cast<double>(frames) * 1152 / kSampleRate;
-  state.counters["realtime"] = benchmark::Counter(seconds * static_cast<double>(state.iterations()),
-                                                  benchmark::Counter::kIsRate);
+  state.counters["realtime"] =
+      benchmark::Counter(seconds * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
   state.counters["frames"] = static_cast<double>(frames);
 }
 
@@ -106,8 +109,8 @@ void BackEnd(benchmark::State& state) {
     while (position < input.size()) {
       std::uint32_t got = 0, used = 0;
       const auto left = static_cast<std::uint32_t>(input.size() - position);
-      if (backEnd.decompress(input.data() + position, left, pcm.data(), static_cast<std::uint32_t>(pcm.size()),
-                             &got, &used, 16) != 0) {
+      if (backEnd.decompress(input.data() + position, left, pcm.data(),
+                             static_cast<std::uint32_t>(pcm.size()), &got, &used, 16) != 0) {
         break;
       }
       benchmark::DoNotOptimize(pcm.data());

@@ -107,8 +107,8 @@ bool PlayOnce(playback::AudioOutput& output) {
 }
 
 void Report(benchmark::State& state) {
-  state.counters["x_real_time"] = benchmark::Counter(static_cast<double>(state.iterations()) * TheFile().seconds,
-                                                     benchmark::Counter::kIsRate);
+  state.counters["x_real_time"] = benchmark::Counter(
+      static_cast<double>(state.iterations()) * TheFile().seconds, benchmark::Counter::kIsRate);
 }
 
 void Mp3DecoderToQueue(benchmark::State& state) {

@@ -37,9 +37,13 @@ Mp3Decoder::~Mp3Decoder() {
   thread.Join();
 }
 
-void Mp3Decoder::SetNetStream(net::NetStream* stream) { netStream = stream; }
+void Mp3Decoder::SetNetStream(net::NetStream* stream) {
+  netStream = stream;
+}
 
-bool Mp3Decoder::CanSeek() { return !isStream; }
+bool Mp3Decoder::CanSeek() {
+  return !isStream;
+}
 
 void Mp3Decoder::SetDecodePriority(int priority) {
   decodePriority = priority;
@@ -55,13 +59,14 @@ std::uint32_t Mp3Decoder::GetDuration() {
 std::uint32_t Mp3Decoder::GetPosition() {
   const std::uint64_t played = feed.PlayedFrames();
   if (format.samplesPerFrame == 0 || format.sampleRate == 0) return 0;
-  const double ms = static_cast<double>(seekBase.load(std::memory_order_relaxed) + played) * 1000.0 /
-                    format.sampleRate;
+  const double ms =
+      static_cast<double>(seekBase.load(std::memory_order_relaxed) + played) * 1000.0 / format.sampleRate;
   return static_cast<std::uint32_t>(std::min(ms, 4294967295.0));
 }
 
 bool Mp3Decoder::Seek(int positionMs) {
-  if (isStream || file == nullptr || state == playback::kStateStopped || threadBackEnd == nullptr) return false;
+  if (isStream || file == nullptr || state == playback::kStateStopped || threadBackEnd == nullptr)
+    return false;
   const int ms = std::max(positionMs, 0);
   if (static_cast<std::uint32_t>(ms) >= GetDuration()) return false;
 
@@ -105,6 +110,8 @@ void Mp3Decoder::Stop() {
   thread.Join();
   state = playback::kStateStopped;
   seekBase.store(0, std::memory_order_relaxed);
+  // With a stream open, a stop also disconnects the stream client, which
+  // breaks a connection still under way.
 }
 
 void Mp3Decoder::TogglePause() {
@@ -125,6 +132,8 @@ bool Mp3Decoder::Play() {
     return true;
   }
   if (state != playback::kStateStopped) return false;
+  // A stream's pump will start here too, signalling at once that playback
+  // has begun, so Play doesn't wait for the network.
   if (file == nullptr || backEnd == nullptr) return false;
   thread.Join();
   startedEvent.Reset();

@@ -94,31 +94,31 @@ class Mp3Decoder : public playback::MediaDecoder {
 
   // Set on the window thread; the thread reads them only while it runs,
   // under seekLock where Open may write them.
-  Mp3BackEnd* backEnd = nullptr;             // as set; taken by the next Play
-  Mp3BackEnd* threadBackEnd = nullptr;       // the one the thread drives
-  playback::ByteSource* file = nullptr;      // the source Open opened; null when closed
+  Mp3BackEnd* backEnd = nullptr;         // as set; taken by the next Play
+  Mp3BackEnd* threadBackEnd = nullptr;   // the one the thread drives
+  playback::ByteSource* file = nullptr;  // the source Open opened; null when closed
   platform::MessageTarget* threadNotify = nullptr;
-  net::NetStream* netStream = nullptr;       // not owned
+  net::NetStream* netStream = nullptr;  // not owned
   std::string path;
   bool isStream = false;
-  bool closing = false;                      // Stop runs inside Close: leave the stream alone
+  bool closing = false;  // Stop runs inside Close: leave the stream alone
   platform::Thread thread;
-  platform::Event startedEvent{true};        // the stream is open and playback has begun
-  platform::Event threadEnded{true};         // the thread has left (or was never started)
+  platform::Event startedEvent{true};  // the stream is open and playback has begun
+  platform::Event threadEnded{true};   // the thread has left (or was never started)
 
   // Lock order: seekLock, then the feed's outputLock.
   // seekLock guards the file's position, the back-end, the input buffer and
   // the discard count; the format fields are written under it too.
   std::mutex seekLock;
-  Mp3FrameHeader format;                     // after Open: averages of bitrate and frameBytes
+  Mp3FrameHeader format;  // after Open: averages of bitrate and frameBytes
   std::int64_t firstFrameOffset = 0;
-  std::uint64_t totalSamples = 0;            // per channel
+  std::uint64_t totalSamples = 0;  // per channel
   Mp3InputBuffer input;
-  bool discardingAfterSeek = false;          // the PCM of the next frames is dropped
+  bool discardingAfterSeek = false;  // the PCM of the next frames is dropped
   std::uint32_t discardedFrames = 0;
 
-  playback::StreamFeed feed;                 // the stream the thread writes
-  std::atomic<std::uint32_t> seekBase{0};    // samples per channel where the current stream began
+  playback::StreamFeed feed;               // the stream the thread writes
+  std::atomic<std::uint32_t> seekBase{0};  // samples per channel where the current stream began
 };
 
 }  // namespace decoders

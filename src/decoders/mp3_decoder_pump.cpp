@@ -88,7 +88,8 @@ bool Mp3Decoder::BeginPlayback(std::unique_ptr<std::int16_t[]>& pcm) {
   {
     std::lock_guard guard(seekLock);
     threadBackEnd->init(0);
-    threadBackEnd->setformat(MakeMp3WaveFormat(static_cast<std::uint16_t>(format.channels), format.sampleRate));
+    threadBackEnd->setformat(
+        MakeMp3WaveFormat(static_cast<std::uint16_t>(format.channels), format.sampleRate));
     input.Clear();
     discardingAfterSeek = false;
     rate = format.sampleRate;
@@ -131,7 +132,8 @@ bool Mp3Decoder::PumpFile(std::int16_t* pcm) {
 
 Mp3Decoder::FrameStep Mp3Decoder::DecodeNextFrame(std::uint8_t* pcm, std::uint32_t& pcmBytes) {
   pcmBytes = 0;
-  if (input.Fill() < kDecodeThreshold && input.ReadFrom(*file) == 0 && input.Fill() == 0) return FrameStep::kEnd;
+  if (input.Fill() < kDecodeThreshold && input.ReadFrom(*file) == 0 && input.Fill() == 0)
+    return FrameStep::kEnd;
   for (;;) {
     const int answer = input.Decode(*threadBackEnd, pcm, PcmBufferBytes(), pcmBytes);
     if (answer == Mp3BackEnd::kDecoded) break;

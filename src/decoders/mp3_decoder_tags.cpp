@@ -64,8 +64,8 @@ bool ProbeFile(const std::string& path, Probe& probe) {
   if (!decoder.Open(path)) return false;
   std::uint8_t head[10] = {};
   std::uint32_t got = 0;
-  if (probeFile.Seek(0, playback::ByteSource::kFromBegin) != 0 || probeFile.Read(head, sizeof head, &got) == 0 ||
-      got < sizeof head) {
+  if (probeFile.Seek(0, playback::ByteSource::kFromBegin) != 0 ||
+      probeFile.Read(head, sizeof head, &got) == 0 || got < sizeof head) {
     return false;
   }
   probe.startsWithId3v2 = std::memcmp(head, "ID3", 3) == 0;
@@ -203,7 +203,8 @@ bool Mp3Decoder::GetFileDetails(const std::string& filePath, std::string* displa
 bool Mp3Decoder::GetInfoText(const std::string& filePath, std::string& text) {
   text.clear();
   Probe probe;
-  if (filePath.empty() || platform::StartsWithIgnoreCase(filePath, "http://") || !ProbeFile(filePath, probe)) {
+  if (filePath.empty() || platform::StartsWithIgnoreCase(filePath, "http://") ||
+      !ProbeFile(filePath, probe)) {
     return false;
   }
   InfoText lines;

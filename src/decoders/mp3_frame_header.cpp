@@ -61,8 +61,9 @@ bool Mp3FrameMatch::Accepts(const std::uint8_t* bytes) const {
   return header && header->version == version && header->layer == layer;
 }
 
-std::optional<std::size_t> FindMp3FrameHeader(const std::uint8_t* bytes, std::size_t length, std::size_t start,
-                                              std::size_t step, const Mp3FrameMatch* match) {
+std::optional<std::size_t> FindMp3FrameHeader(const std::uint8_t* bytes, std::size_t length,
+                                              std::size_t start, std::size_t step,
+                                              const Mp3FrameMatch* match) {
   if (step == 0 || length < kMp3HeaderBytes) return std::nullopt;
   const std::size_t last = length - kMp3HeaderBytes;  // the last offset with a whole header
   for (std::size_t offset = start; offset <= last; offset += step) {

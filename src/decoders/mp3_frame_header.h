@@ -49,7 +49,8 @@ struct Mp3FrameMatch {
 // The offset of the first header in bytes[start, length) at start, start +
 // step, ... (a header needs its four bytes inside the range), or nothing.
 // `match` null accepts any header.
-std::optional<std::size_t> FindMp3FrameHeader(const std::uint8_t* bytes, std::size_t length, std::size_t start,
-                                              std::size_t step, const Mp3FrameMatch* match);
+std::optional<std::size_t> FindMp3FrameHeader(const std::uint8_t* bytes, std::size_t length,
+                                              std::size_t start, std::size_t step,
+                                              const Mp3FrameMatch* match);
 
 }  // namespace decoders

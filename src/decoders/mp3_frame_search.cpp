@@ -58,7 +58,8 @@ std::int64_t FindFrameSync(ByteSource& source, const Mp3FrameMatch* match) {
       return Seek(source, offset) ? offset : kNoFrame;
     }
     // The last three bytes may begin a header whose rest is still unread.
-    const std::size_t keepFrom = std::max(scanFrom, length - std::min<std::size_t>(length, kMp3HeaderBytes - 1));
+    const std::size_t keepFrom =
+        std::max(scanFrom, length - std::min<std::size_t>(length, kMp3HeaderBytes - 1));
     const std::size_t kept = length - keepFrom;
     std::memmove(block.data(), block.data() + keepFrom, kept);
     blockStart += static_cast<std::int64_t>(keepFrom);
@@ -78,7 +79,8 @@ bool IsMpegAudio(ByteSource& source) {
   const bool riff = is(0, "RIFF");
   const std::uint16_t wavTag = static_cast<std::uint16_t>(head[20] | head[21] << 8);
   const bool recognised = (got >= 3 && std::memcmp(head.data(), "ID3", 3) == 0) ||
-                          (got >= 4 && ParseMp3FrameHeader(head.data()).has_value()) || (riff && is(8, "RMP3")) ||
+                          (got >= 4 && ParseMp3FrameHeader(head.data()).has_value()) ||
+                          (riff && is(8, "RMP3")) ||
                           (riff && is(8, "WAVE") && is(12, "fmt ") && got >= 22 && wavTag == kMpegLayer3Tag);
   if (!Seek(source, 0)) return false;
   return recognised || FindFrameSync(source) != kNoFrame;
@@ -166,7 +168,8 @@ bool Analysis::Run(Mp3FileFormat& result) {
     if (LimitReached()) break;
     // To the next frame: from the search's hit after a mismatch, with the
     // unmatched header's length, as the player has always skipped.
-    const std::int64_t next = source.Seek(static_cast<std::int64_t>(header->frameBytes) - 4, ByteSource::kFromCurrent);
+    const std::int64_t next =
+        source.Seek(static_cast<std::int64_t>(header->frameBytes) - 4, ByteSource::kFromCurrent);
     if (next == ByteSource::kSeekFailed) break;
     position = next;
   }

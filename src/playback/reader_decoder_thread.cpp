@@ -17,8 +17,8 @@ constexpr std::uint64_t kMaxBlockBytes = 65536;
 void ReaderDecoder::DecodeThread() {
   if (!StartStream()) return;
   // Half a second of 16-bit audio, or less.
-  const std::uint64_t blockBytes =
-      std::min<std::uint64_t>(static_cast<std::uint64_t>(feed.Channels()) * feed.SampleRate(), kMaxBlockBytes);
+  const std::uint64_t blockBytes = std::min<std::uint64_t>(
+      static_cast<std::uint64_t>(feed.Channels()) * feed.SampleRate(), kMaxBlockBytes);
   const auto blockSamples = static_cast<std::uint32_t>(blockBytes / 2);
   std::unique_ptr<std::int16_t[]> block(blockSamples == 0 ? nullptr
                                                           : new (std::nothrow) std::int16_t[blockSamples]);

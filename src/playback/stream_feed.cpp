@@ -48,8 +48,8 @@ void StreamFeed::Arm(AudioOutput* target) {
 }
 
 std::uint32_t StreamFeed::OpenHeldStream(bool reuse) const {
-  return output->OpenStream(reuse ? 1 : 0, 1, sampleRate.load(kRelaxed), static_cast<int>(channels.load(kRelaxed)),
-                            capacity.load(kRelaxed));
+  return output->OpenStream(reuse ? 1 : 0, 1, sampleRate.load(kRelaxed),
+                            static_cast<int>(channels.load(kRelaxed)), capacity.load(kRelaxed));
 }
 
 bool StreamFeed::OpenStream(std::uint32_t rate, std::uint32_t count) {

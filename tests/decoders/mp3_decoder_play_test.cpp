@@ -31,7 +31,9 @@ struct DamageCase {
   double share;
 };
 
-void PrintTo(const DamageCase& damageCase, std::ostream* out) { *out << damageCase.name; }
+void PrintTo(const DamageCase& damageCase, std::ostream* out) {
+  *out << damageCase.name;
+}
 
 class Mp3DamageTest : public Mp3PipelineTest, public ::testing::WithParamInterface<DamageCase> {};
 
@@ -77,7 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
                      Bytes bytes = file;
                      for (std::size_t f = 30; f < 35; ++f) {
                        const Bytes junk = Junk(frames[f].length - 40, static_cast<std::uint32_t>(f));
-                       std::copy(junk.begin(), junk.end(), bytes.begin() + static_cast<std::ptrdiff_t>(frames[f].offset + 40));
+                       std::copy(junk.begin(), junk.end(),
+                                 bytes.begin() + static_cast<std::ptrdiff_t>(frames[f].offset + 40));
                      }
                      return bytes;
                    },
@@ -87,14 +90,16 @@ INSTANTIATE_TEST_SUITE_P(
         DamageCase{"a frame longer than its bytes",
                    [](const Bytes& file, const std::vector<FrameSpan>& frames) {
                      Bytes bytes = file;
-                     bytes[frames[25].offset + 2] = static_cast<std::uint8_t>(0xE0 | (bytes[frames[25].offset + 2] & 0x0F));
+                     bytes[frames[25].offset + 2] =
+                         static_cast<std::uint8_t>(0xE0 | (bytes[frames[25].offset + 2] & 0x0F));
                      return bytes;
                    },
                    0.9},
         // The file ends in the middle of a frame.
         DamageCase{"cut in a frame",
                    [](const Bytes& file, const std::vector<FrameSpan>& frames) {
-                     return Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(frames[60].offset + 200));
+                     return Bytes(file.begin(),
+                                  file.begin() + static_cast<std::ptrdiff_t>(frames[60].offset + 200));
                    },
                    0.7}));
 
@@ -122,6 +127,14 @@ TEST_F(Mp3PlayTest, AFileShorterThanThePrefillStartsAtItsEndAndPlaysWhole) {
   const Samples sound = Sound(2);
   EXPECT_GT(sound.size(), expected.size() * 9 / 10);
   EXPECT_GT(SnrDb(sound, expected), 80.0);
+
+  // One frame: no frame is counted, so no length, but it plays.
+  mp3.Close();
+  notify.RemovePending(playback::kMessageTrackEnded);
+  ASSERT_TRUE(mp3.Open(LayerTwoFrames(1)));
+  EXPECT_EQ(mp3.GetDuration(), 0u);
+  ASSERT_TRUE(mp3.Play());
+  EXPECT_TRUE(Ended());
 }
 
 TEST_F(Mp3PlayTest, PlayNeedsAnOpenFileABackEndAndAnOutputAndNeverHangs) {

@@ -58,8 +58,8 @@ TEST_F(Mp3SeekTest, TheSoundGoesOnThreeFramesBehindTheFrameFoundAndThePositionJu
 
   // 1000 ms is sample 48000, in frame 41; frames 41 and 42 give no sound.
   const std::size_t firstHeard = (kRate / 1152 + 2) * kFrameSamples;
-  const Samples expected =
-      FromFirstSound(Samples(reference.begin() + static_cast<std::ptrdiff_t>(firstHeard), reference.end()), 2);
+  const Samples expected = FromFirstSound(
+      Samples(reference.begin() + static_cast<std::ptrdiff_t>(firstHeard), reference.end()), 2);
   const Samples sound = Sound(2);
   ASSERT_GT(sound.size(), kRate * 2);
   EXPECT_LE(sound.size(), expected.size());

@@ -27,7 +27,9 @@ struct SoundCase {
   bool constantBitrate;
 };
 
-void PrintTo(const SoundCase& soundCase, std::ostream* out) { *out << soundCase.file; }
+void PrintTo(const SoundCase& soundCase, std::ostream* out) {
+  *out << soundCase.file;
+}
 
 class Mp3SoundTest : public Mp3PipelineTest, public ::testing::WithParamInterface<SoundCase> {};
 
@@ -51,7 +53,8 @@ TEST_P(Mp3SoundTest, TheCaptureDevicePlaysWhatMpg123Decodes) {
   // The length from the frames' statistics: the first frame (LAME's Info
   // frame) isn't counted, a trailing ID3v1 tag is; within two frames of the
   // real length for a constant bitrate, 3% for a varying one.
-  const double realMs = 1000.0 * static_cast<double>(reference.size()) / soundCase.channels / soundCase.sampleRate;
+  const double realMs =
+      1000.0 * static_cast<double>(reference.size()) / soundCase.channels / soundCase.sampleRate;
   const double frameMs = 1000.0 * (soundCase.sampleRate < 32000 ? 576 : 1152) / soundCase.sampleRate;
   const double margin = soundCase.constantBitrate ? 2 * frameMs : 0.03 * realMs;
   std::printf("%s: length %u ms, decoded %.1f ms\n", soundCase.file, mp3.GetDuration(), realMs);

@@ -97,8 +97,8 @@ class Mp3OpenTest : public testing_support::IsolatedEnvironmentTest {
   // Opens the bytes as a file; the summary and duration then describe it.
   bool OpenBytes(const Bytes& bytes) {
     const std::string path = Root().File("file.mp3");
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                                static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     decoder.Close();
     decoder.SetSource(&file);
     const bool opened = decoder.Open(path);

@@ -58,8 +58,8 @@ Samples Mp3PipelineTest::Sound(int channels) {
 
 std::string Mp3PipelineTest::WriteMedia(const std::string& name, const Bytes& bytes) {
   const std::string path = Root().File(name);
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                              static_cast<std::streamsize>(bytes.size()));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   return path;
 }
 

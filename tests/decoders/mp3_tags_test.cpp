@@ -111,7 +111,8 @@ TEST_F(Mp3TagsTest, FileDetailsFollowTheTagsAndFillTheArtistWithTheAlbumOfId3v1)
   EXPECT_EQ(v2->summary.trackNumber, 3u) << "of \"3/12\"";
   EXPECT_EQ(v2->summary.genre, "Jazz");
 
-  const auto artistOnly = DetailsOf(Tagged("Tune.mp3", Id3v2Builder(3).Frame("TPE1", Latin1Text("Band")).Build()));
+  const auto artistOnly =
+      DetailsOf(Tagged("Tune.mp3", Id3v2Builder(3).Frame("TPE1", Latin1Text("Band")).Build()));
   ASSERT_TRUE(artistOnly.has_value());
   EXPECT_EQ(artistOnly->display, "Band - Tune");
   const auto untagged = DetailsOf(MediaPath("mpeg25_8k_mono.mp3"));

@@ -43,7 +43,9 @@ std::size_t MpegFrameLength(const std::uint8_t* p) {
   return static_cast<std::size_t>(slots * bitrate / rate + padding);
 }
 
-std::string MediaPath(const std::string& name) { return std::string(TS_TEST_DATA_DIR) + "/decoders/" + name; }
+std::string MediaPath(const std::string& name) {
+  return std::string(TS_TEST_DATA_DIR) + "/decoders/" + name;
+}
 
 Bytes LoadMedia(const std::string& name) {
   std::ifstream in(MediaPath(name), std::ios::binary);

@@ -17,8 +17,8 @@ namespace {
 using decoders::kNoFrame;
 using playback::ByteSource;
 
-void CheckHit(ByteSource& source, const std::uint8_t* data, std::size_t size, std::int64_t from, std::int64_t hit,
-              const decoders::Mp3FrameMatch* match) {
+void CheckHit(ByteSource& source, const std::uint8_t* data, std::size_t size, std::int64_t from,
+              std::int64_t hit, const decoders::Mp3FrameMatch* match) {
   if (hit == kNoFrame) return;
   if (hit < from || hit + 4 > static_cast<std::int64_t>(size)) std::abort();
   const std::uint8_t* header = data + hit;
@@ -36,7 +36,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   decoders::Mp3FileFormat file;
   if (decoders::AnalyseMp3File(source, file)) {
     CheckHit(source, data, size, 0, file.firstFrameOffset, nullptr);
-    if (file.countedFrames != 0 && (file.format.frameBytes == 0 || file.format.samplesPerFrame == 0)) std::abort();
+    if (file.countedFrames != 0 && (file.format.frameBytes == 0 || file.format.samplesPerFrame == 0))
+      std::abort();
     const decoders::Mp3FrameMatch match{file.format.version, file.format.layer};
     for (const std::size_t from : {std::size_t{0}, size / 3, size / 2 + 1}) {
       source.Seek(static_cast<std::int64_t>(from), ByteSource::kFromBegin);
