@@ -84,17 +84,6 @@ TEST(MetadataFilter, AnyCuttingOfTheStreamGivesTheSameAudioAndTitles) {
   }
 }
 
-TEST(MetadataFilter, NoIntervalFiltersNothing) {
-  MetadataFilter filter;
-  filter.Start(0);
-  Bytes wire = TitleBlock("Not metadata at all");
-  const Bytes original = wire;
-  std::vector<std::string> titles;
-  EXPECT_EQ(filter.Filter(wire.data(), wire.size(), &titles), 0u);
-  EXPECT_EQ(wire, original);
-  EXPECT_TRUE(titles.empty());
-}
-
 TEST(MetadataFilter, EmptyBlocksAndNewConnectionsKeepTheLastTitleUntilClear) {
   MetadataFilter filter;
   filter.Start(4);
@@ -143,21 +132,6 @@ TEST(MetadataFilter, LongestBlockOfGarbageIsSwallowedWhole) {
   EXPECT_EQ(std::string(out.audio.begin(), out.audio.end()), "abcdef");
   EXPECT_EQ(out.titles, std::vector<std::string>{"After the garbage"});
   EXPECT_EQ(filter.MetaCountdown(), 3);
-}
-
-TEST(MetadataFilter, TitleOf259BytesInTheLongestBlockIsKeptWhole) {
-  const std::string title(259, 'T');
-  std::string text = std::string(3500, ' ') + "StreamTitle='" + title + "';";
-  text.resize(255 * 16, 'z');
-  MetadataFilter filter;
-  filter.Start(1);
-  Bytes wire = {'a'};
-  const Bytes block = Block(text);
-  ASSERT_EQ(block.size(), kMaxMetadataBlockBytes);
-  wire.insert(wire.end(), block.begin(), block.end());
-  const Filtered out = RunFilter(filter, wire, {100});
-  ASSERT_EQ(out.titles.size(), 1u);
-  EXPECT_EQ(out.titles[0], title);
 }
 
 std::string Repeated(const std::string& unit, int count) {

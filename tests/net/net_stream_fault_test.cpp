@@ -147,17 +147,6 @@ TEST_P(RefusingServerTest, ConnectFailsAndTheUserIsTold) {
 INSTANTIATE_TEST_SUITE_P(Faults, RefusingServerTest, testing::ValuesIn(kRefusingServers),
                          [](const testing::TestParamInfo<RefusingServer>& parameter) { return parameter.param.name; });
 
-TEST_F(NetStreamFaultTest, NonAudioBodyIsDeliveredAsItIsUntilItEnds) {
-  const std::string page = "<html><body>" + std::string(5000, '.') + "</body></html>";
-  FaultServer server([&](FaultConnection& connection) {
-    if (connection.ReadRequest())
-      connection.Send("HTTP/1.0 200 OK\r\nContent-Type: text/html\r\n\r\n" + page);
-  });
-  ASSERT_TRUE(ConnectTo(server));
-  EXPECT_EQ(ReadUpTo(100000), page);
-  EXPECT_TRUE(stream.HasEnded());
-}
-
 TEST_F(NetStreamFaultTest, RefusedConnectionIsReported) {
   std::uint16_t port;
   {

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdio>
 #include <future>
 #include <string>
 #include <thread>
@@ -60,46 +59,15 @@ TEST_F(NetStreamTest, OnlyAddressesWithTheSmallHttpPrefixAreTaken) {
 }
 
 TEST_F(NetStreamTest, StatusTextsComeInOrder) {
-  platform::Event sendSome, sendRest;
   FaultServer server([&](FaultConnection& connection) {
-    if (!connection.ReadRequest() || !connection.Send(RadioHeader())) return;
-    // Pieces of at most 1000 bytes, so the receive thread doesn't pause after them.
-    if (!connection.WaitFor(sendSome) || !connection.SendSlowly(std::string(16384, 'a'), 1000, 10)) return;
-    if (connection.WaitFor(sendRest)) connection.Send(std::string(20000, 'b'));
+    if (connection.ReadRequest() && connection.Send(RadioHeader())) connection.StallUntilClosed();
   });
   ASSERT_TRUE(stream.SetUrl("http://localhost:" + std::to_string(server.Port()) + "/"));
   ASSERT_TRUE(stream.Connect());
-  std::uint32_t got = 0;
-  std::string buffer(100, '\0');
-  std::atomic<bool> reading{false};
-  auto reader = std::async(std::launch::async, [&] {
-    reading = true;
-    return stream.Read(buffer.data(), 100, &got);
-  });
-  ASSERT_TRUE(log.WaitUntil([&](const auto&) { return reading.load(); }, 5000));
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // let the reader begin its wait
-  sendSome.Set();
-  ASSERT_TRUE(log.WaitForText("Prebuffering:50%", 5000)) << "the first read waits for a quarter of 131072";
-  sendRest.Set();
-  ASSERT_TRUE(reader.get());
-  EXPECT_EQ(got, 100u);
   stream.Disconnect();
   ASSERT_TRUE(log.WaitForText("Disconnected", 5000));
-
-  const std::vector<std::string> lines = log.StatusLines();
-  ASSERT_GE(lines.size(), 6u);
-  EXPECT_EQ(
-      std::vector<std::string>(lines.begin(), lines.begin() + 3),
-      (std::vector<std::string>{"1:Resolving host...", "1:Connecting localhost", "1:Connected to server"}));
-  int lastPercent = -1;
-  for (std::size_t i = 3; i + 2 < lines.size(); ++i) {
-    int percent = -1;
-    ASSERT_EQ(std::sscanf(lines[i].c_str(), "1:Prebuffering:%d%%", &percent), 1) << lines[i];
-    EXPECT_GT(percent, lastPercent) << "progress only grows";
-    lastPercent = percent;
-  }
-  EXPECT_EQ(lines[lines.size() - 2], "1:<null>") << "the status line empties when the read has its bytes";
-  EXPECT_EQ(lines.back(), "2:Disconnected");
+  EXPECT_EQ(log.StatusLines(), (std::vector<std::string>{"1:Resolving host...", "1:Connecting localhost",
+                                                         "1:Connected to server", "2:Disconnected"}));
   EXPECT_EQ(log.Count(net::kMessageNextTrack), 0);
 }
 

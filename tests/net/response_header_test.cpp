@@ -9,18 +9,40 @@
 namespace net {
 namespace {
 
-TEST(ResponseHeader, ReadsAnIcecastHeader) {
-  const std::string header =
-      "HTTP/1.0 200 OK\r\nServer: Icecast 2.4.4\r\nContent-Type: audio/mpeg\r\n"
-      "icy-genre:Jazz\r\nicy-name:Radio One\r\nicy-url:http://radio.example/\r\nicy-metaint:16000\r\n\r\n";
-  ASSERT_EQ(FindHeaderEnd(header + "audio"), header.size());
-  const ResponseHeader parsed = ParseResponseHeader(header);
-  EXPECT_EQ(parsed.status, 200);
-  EXPECT_EQ(parsed.stationName, "Radio One");
-  EXPECT_EQ(parsed.stationGenre, "Jazz");
-  EXPECT_EQ(parsed.stationUrl, "http://radio.example/");
-  EXPECT_EQ(parsed.metaInterval, 16000u);
-  EXPECT_FALSE(parsed.location.has_value());
+TEST(ResponseHeader, ReadsStatusStationTextsIntervalAndLocation) {
+  const struct {
+    const char* name;
+    std::string header;
+    int status;
+    std::string stationName, genre;
+    std::uint32_t metaInterval;
+    std::optional<std::string> location;
+  } cases[] = {
+      {"Icecast",
+       "HTTP/1.0 200 OK\r\nServer: Icecast 2.4.4\r\nContent-Type: audio/mpeg\r\nicy-genre:Jazz\r\n"
+       "icy-name:Radio One\r\nicy-metaint:16000\r\n\r\n",
+       200, "Radio One", "Jazz", 16000, std::nullopt},
+      {"NamesIgnoreCaseValuesLoseLeadingBlanks",
+       "ICY 200 OK\r\nICY-NAME:   Spaced Out\r\nIcy-MetaInt: 8192\r\nicy-genre:\tRock\r\n\r\n", 200, "Spaced Out",
+       "Rock", 8192, std::nullopt},
+      {"FieldsAfterTheEmptyLineAreAudio", "HTTP/1.0 200 OK\r\n\r\nicy-metaint:16\r\nicy-name:no\r\n", 200, "", "",
+       0, std::nullopt},
+      {"Redirect", "HTTP/1.1 302 Found\r\nLocation: http://other.example:8000/live\r\n\r\n", kStatusFound, "", "",
+       0, "http://other.example:8000/live"},
+      {"LinesWithoutColonOrWithBareLineFeeds", "HTTP/1.0 200 OK\nnonsense\nicy-name:Bare\n\r\n\r\n", 200, "Bare",
+       "", 0, std::nullopt},
+  };
+  for (const auto& c : cases) {
+    const ResponseHeader parsed = ParseResponseHeader(c.header);
+    EXPECT_EQ(parsed.status, c.status) << c.name;
+    EXPECT_EQ(parsed.stationName, c.stationName) << c.name;
+    EXPECT_EQ(parsed.stationGenre, c.genre) << c.name;
+    EXPECT_EQ(parsed.metaInterval, c.metaInterval) << c.name;
+    EXPECT_EQ(parsed.location, c.location) << c.name;
+  }
+  const std::string icecast = "HTTP/1.0 200 OK\r\nicy-url:http://radio.example/\r\n\r\n";
+  ASSERT_EQ(FindHeaderEnd(icecast + "audio"), icecast.size());
+  EXPECT_EQ(ParseResponseHeader(icecast).stationUrl, "http://radio.example/");
 }
 
 TEST(ResponseHeader, StatusLinesOfEveryKind) {
@@ -38,22 +60,6 @@ TEST(ResponseHeader, HeaderEndIsTheFirstEmptyLine) {
   EXPECT_FALSE(FindHeaderEnd("HTTP/1.0 200 OK\r\nicy-name:x\r\n").has_value());
   EXPECT_FALSE(FindHeaderEnd("").has_value());
   EXPECT_EQ(FindHeaderEnd("ICY 200 OK\r\n\r\n\r\n\r\n"), 14u);
-}
-
-TEST(ResponseHeader, NamesIgnoreCaseAndValuesLoseLeadingBlanks) {
-  const ResponseHeader parsed = ParseResponseHeader(
-      "ICY 200 OK\r\nICY-NAME:   Spaced Out\r\nIcy-MetaInt: 8192\r\nicy-genre:\tRock\r\n\r\n");
-  EXPECT_EQ(parsed.status, 200);
-  EXPECT_EQ(parsed.stationName, "Spaced Out");
-  EXPECT_EQ(parsed.stationGenre, "Rock");
-  EXPECT_EQ(parsed.metaInterval, 8192u);
-}
-
-TEST(ResponseHeader, FieldsAfterTheEmptyLineAreAudioNotHeader) {
-  const ResponseHeader parsed =
-      ParseResponseHeader("HTTP/1.0 200 OK\r\n\r\nicy-metaint:16\r\nicy-name:no\r\n");
-  EXPECT_EQ(parsed.metaInterval, 0u);
-  EXPECT_EQ(parsed.stationName, "");
 }
 
 TEST(ResponseHeader, StationTextsAreBoundedAndConverted) {
@@ -82,20 +88,6 @@ TEST(ResponseHeader, MetaIntervalOnlyFromDigits) {
   EXPECT_EQ(ParseMetaInterval("2147483647"), 2147483647u);
   EXPECT_EQ(ParseMetaInterval("2147483648"), 0u);
   EXPECT_EQ(ParseMetaInterval("99999999999999999999999"), 0u);
-}
-
-TEST(ResponseHeader, RedirectCarriesItsLocation) {
-  const ResponseHeader parsed =
-      ParseResponseHeader("HTTP/1.1 302 Found\r\nLocation: http://other.example:8000/live\r\n\r\n");
-  EXPECT_EQ(parsed.status, kStatusFound);
-  ASSERT_TRUE(parsed.location.has_value());
-  EXPECT_EQ(*parsed.location, "http://other.example:8000/live");
-}
-
-TEST(ResponseHeader, LinesWithoutColonOrWithBareLineFeedsAreHarmless) {
-  const ResponseHeader parsed = ParseResponseHeader("HTTP/1.0 200 OK\nnonsense\nicy-name:Bare\n\r\n\r\n");
-  EXPECT_EQ(parsed.status, 200);
-  EXPECT_EQ(parsed.stationName, "Bare");
 }
 
 }  // namespace

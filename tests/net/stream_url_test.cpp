@@ -10,41 +10,32 @@ namespace net {
 namespace {
 
 TEST(StreamUrl, HostPortAndTarget) {
-  auto url = ParseStreamUrl("http://radio.example:8000/live.mp3?x=1");
-  ASSERT_TRUE(url.has_value());
-  EXPECT_EQ(url->server.host, "radio.example");
-  EXPECT_EQ(url->server.port, 8000);
-  EXPECT_EQ(url->target, "/live.mp3?x=1");
-
-  url = ParseStreamUrl("http://radio.example");
-  ASSERT_TRUE(url.has_value());
-  EXPECT_EQ(url->server.port, 80);
-  EXPECT_EQ(url->target, "/") << "an address without a path asks for /";
-
-  url = ParseStreamUrl("http://radio.example:/x");
-  ASSERT_TRUE(url.has_value());
-  EXPECT_EQ(url->server.port, 80);
-
-  url = ParseStreamUrl("http://radio.example?q");
-  ASSERT_TRUE(url.has_value());
-  EXPECT_EQ(url->target, "/?q");
-
-  url = ParseStreamUrl("http://[::1]:8000/s");
-  ASSERT_TRUE(url.has_value());
-  EXPECT_EQ(url->server.host, "::1");
-  EXPECT_EQ(url->server.port, 8000);
+  const struct {
+    const char* url;
+    const char* host;
+    int port;
+    const char* target;
+  } cases[] = {
+      {"http://radio.example:8000/live.mp3?x=1", "radio.example", 8000, "/live.mp3?x=1"},
+      {"http://radio.example", "radio.example", 80, "/"},  // no path asks for /
+      {"http://radio.example:/x", "radio.example", 80, "/x"},
+      {"http://radio.example?q", "radio.example", 80, "/?q"},
+      {"http://[::1]:8000/s", "::1", 8000, "/s"},
+  };
+  for (const auto& c : cases) {
+    const auto url = ParseStreamUrl(c.url);
+    ASSERT_TRUE(url.has_value()) << c.url;
+    EXPECT_EQ(url->server.host, c.host) << c.url;
+    EXPECT_EQ(url->server.port, c.port) << c.url;
+    EXPECT_EQ(url->target, c.target) << c.url;
+  }
 }
 
 TEST(StreamUrl, UnusableAddresses) {
-  EXPECT_FALSE(ParseStreamUrl("").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http://").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http:///path").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http://host:0/").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http://host:65536/").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http://host:80x/").has_value());
-  EXPECT_FALSE(ParseStreamUrl("https://host/").has_value());
-  EXPECT_FALSE(ParseStreamUrl("ftp://host/").has_value());
-  EXPECT_FALSE(ParseStreamUrl("http://[::1/").has_value());
+  for (const char* url : {"", "http://", "http:///path", "http://host:0/", "http://host:65536/", "http://host:80x/",
+                          "https://host/", "ftp://host/", "http://[::1/"}) {
+    EXPECT_FALSE(ParseStreamUrl(url).has_value()) << url;
+  }
   EXPECT_TRUE(ParseStreamUrl("HTTP://host/").has_value()) << "a redirect may write the scheme in capitals";
 }
 
