@@ -282,20 +282,6 @@ TEST_F(WriterTest, EmptyListAndFailedWrites) {
   }
 }
 
-TEST_F(WriterTest, SavingReplacesTheOldListWhole) {
-  const std::string saved = File("default.tsl");
-  testing_support::WriteFile(saved, "#EXTM3U:\r\n/old/1.mp3\r\n/old/2.mp3\r\n/old/3.mp3\r\n");
-  view.AddEntry("/new/1.mp3");
-  ASSERT_TRUE(view.SaveDefaultList(saved));
-  EXPECT_EQ(ReadFile(saved), "#EXTM3U:\r\n/new/1.mp3\r\n");
-}
-
-TEST(DefaultListPathTest, JoinsTheInstallFolder) {
-  EXPECT_EQ(PlaylistView::DefaultListPath("/home/u/.local/share/tavrinsonic"),
-            "/home/u/.local/share/tavrinsonic/default.tsl");
-  EXPECT_EQ(PlaylistView::DefaultListPath("/data/"), "/data/default.tsl");
-}
-
 class DefaultListTest : public PlaylistTest {};
 
 TEST_F(DefaultListTest, TheSavedIndexMarksItsEntryWhileTheListLoads) {

@@ -57,48 +57,51 @@ class TrackOrderTest : public PlaylistTest {
   }
 };
 
-TEST_F(TrackOrderTest, PlainOrderEndsAtTheLastEntry) {
-  Fill(1);
-  view.SetCurrentIndex(0);
-  view.CurrentPath();
-  EXPECT_EQ(Next(true, false), -1);
-  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT) << "the end of the list changes nothing";
-  EXPECT_EQ(view.NextStamp(), 1u);
-
-  Fill(3);
-  view.SetCurrentIndex(-1);
-  EXPECT_EQ(Next(true, true), 1) << "from no entry, the first step lands on the second";
-  EXPECT_EQ(Next(true, true), 2);
-  EXPECT_EQ(Next(true, true), -1);
-  EXPECT_EQ(view.CurrentIndex(), 2);
-  EXPECT_EQ(CurrentMarks(), 1);
-}
-
-TEST_F(TrackOrderTest, RepeatAllWrapsUnlessOrderIsIgnored) {
-  Fill(3);
-  view.SetRepeatMode(kRepeatAll);
-  view.SetCurrentIndex(2);
-  EXPECT_EQ(Next(false, true), -1) << "a plain step ignores repeat";
-  EXPECT_EQ(Next(true, false), 0);
-  EXPECT_EQ(Next(true, false), 1);
-  EXPECT_EQ(view.PlayStampAt(0), 1u);
-  EXPECT_EQ(view.PlayStampAt(1), 2u);
-}
-
-TEST_F(TrackOrderTest, RepeatOneStaysAtTheEndOfATrackAndMovesOnForTheUser) {
-  Fill(3);
-  view.SetRepeatMode(kRepeatOne);
-  view.SetCurrentIndex(1);
-  EXPECT_EQ(Next(true, false), 1);
-  EXPECT_EQ(view.PlayStampAt(1), 1u);
-  EXPECT_EQ(Next(true, false), 1);
-  EXPECT_EQ(view.PlayStampAt(1), 2u) << "each repeat is a new stamp";
-  EXPECT_EQ(Next(true, true), 2);
-  EXPECT_EQ(Next(true, true), 0) << "a user step past the end wraps";
+// Steps from a current entry: (honour the order, a user's step) -> the
+// entry landed on, -1 for none.
+TEST_F(TrackOrderTest, PlainRepeatAllAndRepeatOneSteps) {
+  struct Step {
+    bool honourOrder, userStep;
+    int expected;
+  };
+  const struct {
+    const char* name;
+    int mode, count, start;
+    std::vector<Step> steps;
+  } cases[] = {
+      {"PlainFromNoEntry", 0, 3, -1, {{true, true, 1}, {true, true, 2}, {true, true, -1}, {true, false, -1}}},
+      {"AllWrapsUnlessOrderIsIgnored", kRepeatAll, 3, 2, {{false, true, -1}, {true, false, 0}, {true, false, 1}}},
+      {"OneStaysForTheEndOfATrack", kRepeatOne, 3, 1,
+       {{true, false, 1}, {true, false, 1}, {true, true, 2}, {true, true, 0}}},
+  };
+  for (const auto& c : cases) {
+    Fill(c.count);
+    view.SetRepeatMode(c.mode);
+    view.SetCurrentIndex(c.start);
+    for (std::size_t i = 0; i < c.steps.size(); ++i) {
+      const std::uint32_t stamp = view.NextStamp();
+      const int landed = Next(c.steps[i].honourOrder, c.steps[i].userStep);
+      EXPECT_EQ(landed, c.steps[i].expected) << c.name << " step " << i;
+      // Each step stamps the entry it lands on anew, even the same one again.
+      if (landed >= 0) {
+        EXPECT_EQ(view.PlayStampAt(landed), stamp) << c.name << " step " << i;
+      }
+      EXPECT_EQ(view.NextStamp(), stamp + (landed >= 0 ? 1 : 0)) << c.name << " step " << i;
+    }
+    EXPECT_EQ(CurrentMarks(), 1) << c.name;
+  }
 
   view.SetShuffle(true);  // repeat one wins over shuffle
   EXPECT_EQ(Next(true, false), 0);
   EXPECT_EQ(Next(true, true), 1);
+
+  Fill(1);
+  view.SetShuffle(false);
+  view.SetRepeatMode(0);
+  view.SetCurrentIndex(0);
+  view.CurrentPath();
+  EXPECT_EQ(Next(true, false), -1);
+  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT) << "the end of the list changes nothing";
 }
 
 TEST_F(TrackOrderTest, RepeatSelectedWalksTheSelection) {
@@ -175,30 +178,6 @@ TEST_F(TrackOrderTest, RandomIndexAndReseeding) {
   view.SetRandomGenerator(std::make_unique<ScriptedRandom>(std::deque<int>{32766}));
   Fill(100000);
   EXPECT_EQ(view.RandomIndex(), 99996) << "a long list times 32767 overflows 32 bits";
-}
-
-TEST_F(TrackOrderTest, PreviousWalksTheStampsBackThenTheIndex) {
-  Fill(3);
-  view.SetCurrentIndex(0);
-  EXPECT_EQ(Previous(), -1) << "nothing before the first entry";
-  EXPECT_EQ(view.CurrentIndex(), 0);
-
-  view.SetRepeatMode(kRepeatAll);
-  view.SetCurrentIndex(2);
-  Next(true, false);
-  Next(true, false);
-  Next(true, false);  // stamps 1, 2, 3 on entries 0, 1, 2
-  EXPECT_EQ(view.NextStamp(), 4u);
-  EXPECT_EQ(Previous(), 1);
-  EXPECT_EQ(view.NextStamp(), 3u);
-  EXPECT_EQ(view.PlayStampAt(2), 0u) << "the abandoned stamp is cleared";
-  EXPECT_EQ(Previous(), 0);
-  EXPECT_EQ(view.NextStamp(), 2u);
-  EXPECT_EQ(Previous(), -1) << "at stamp 2 the walk is over, and by index there's nothing before 0";
-  EXPECT_EQ(CurrentMarks(), 1);
-  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT);
-  EXPECT_EQ(Next(true, false), 1);
-  EXPECT_EQ(view.PlayStampAt(1), 2u) << "the next step stamps over the abandoned place";
 }
 
 TEST_F(TrackOrderTest, ShuffleWalksAHundredThousandEntriesOnce) {
