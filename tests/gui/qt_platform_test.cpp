@@ -99,31 +99,14 @@ TEST(QtTimersTest, ATimerDeliversItsIdUntilItsHandlerKillsIt) {
 }
 
 TEST(VirtualKeysTest, QtKeysBecomeThePlatformsCodes) {
-  using platform::qt::VirtualKeyFor;
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Return), 13u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Enter), 13u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Escape), 27u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Space), 32u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_PageUp), 33u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_PageDown), 34u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Left), 37u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Up), 38u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Right), 39u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Down), 40u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_0), 48u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_9), 57u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_A), 65u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Z), 90u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_F1), 112u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_F4), 115u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_F24), 135u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Asterisk), 119u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_NumberSign), 120u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_VolumeUp), 117u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_VolumeDown), 118u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Hangup), 115u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Shift), 0u);
-  EXPECT_EQ(VirtualKeyFor(Qt::Key_Tab), 0u);
+  const std::pair<int, std::uint32_t> keys[] = {
+      {Qt::Key_Return, 13},   {Qt::Key_Enter, 13},     {Qt::Key_Escape, 27},     {Qt::Key_Space, 32},
+      {Qt::Key_PageUp, 33},   {Qt::Key_PageDown, 34},  {Qt::Key_Left, 37},       {Qt::Key_Up, 38},
+      {Qt::Key_Right, 39},    {Qt::Key_Down, 40},      {Qt::Key_0, 48},          {Qt::Key_9, 57},
+      {Qt::Key_A, 65},        {Qt::Key_Z, 90},         {Qt::Key_F1, 112},        {Qt::Key_F4, 115},
+      {Qt::Key_F24, 135},     {Qt::Key_Asterisk, 119}, {Qt::Key_NumberSign, 120}, {Qt::Key_VolumeUp, 117},
+      {Qt::Key_VolumeDown, 118}, {Qt::Key_Hangup, 115}, {Qt::Key_Shift, 0},      {Qt::Key_Tab, 0}};
+  for (const auto& [key, code] : keys) EXPECT_EQ(platform::qt::VirtualKeyFor(key), code) << std::hex << key;
 }
 
 TEST(TerminationSignalsTest, EachSignalBecomesACallOnTheEventLoop) {

@@ -149,29 +149,19 @@ TEST_F(SkinWindowTest, AMappedKeyLightsItsButtonAndAnUnboundKeyChangesNothing) {
 TEST(SkinLoadTest, MissingOrBrokenBitmapsAndLayoutsLoadNoSkin) {
   FakePlayer player;
   platform::MessageQueue parent(&player);
-  const auto variant = [](const testing_support::TemporaryDirectory& folder,
-                          const std::function<void()>& damage) {
+  const struct {
+    const char* damage;
+    const char* file;
+    const char* contents;  // nullptr: the file is removed
+  } cases[] = {{"a missing bitmap", "icons.gif", nullptr},
+               {"a text file named like a picture", "sheet.png", "not a picture\n"},
+               {"an empty layout", "layout.xml", ""}};
+  for (const auto& c : cases) {
+    testing_support::TemporaryDirectory folder;
     std::filesystem::copy(kTestSkin, folder.Path(), std::filesystem::copy_options::recursive);
-    damage();
-    return folder.Path() + "/";
-  };
-  {
-    testing_support::TemporaryDirectory folder;
-    const std::string directory = variant(folder, [&] { std::filesystem::remove(folder.File("icons.gif")); });
-    EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr) << "a missing bitmap";
-  }
-  {
-    testing_support::TemporaryDirectory folder;
-    const std::string directory =
-        variant(folder, [&] { testing_support::WriteFile(folder.File("sheet.png"), "not a picture\n"); });
-    EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr)
-        << "a text file named like a picture";
-  }
-  {
-    testing_support::TemporaryDirectory folder;
-    const std::string directory =
-        variant(folder, [&] { testing_support::WriteFile(folder.File("layout.xml"), ""); });
-    EXPECT_EQ(ui::SkinWindowWidget::Create(directory, 1, parent), nullptr) << "an empty layout";
+    if (c.contents == nullptr) std::filesystem::remove(folder.File(c.file));
+    else testing_support::WriteFile(folder.File(c.file), c.contents);
+    EXPECT_EQ(ui::SkinWindowWidget::Create(folder.Path() + "/", 1, parent), nullptr) << c.damage;
   }
   ui::BitmapFile file;
   EXPECT_FALSE(file.LoadFile(kTestSkin + "missing.png"));
