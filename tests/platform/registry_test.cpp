@@ -46,44 +46,52 @@ TEST_F(RegistryTest, KeysAreCreatedWithTheirParentsAndReportWhetherTheyExisted) 
 
 TEST_F(RegistryTest, EachTypeAndSizeReadsBackAsStoredAcrossInstances) {
   ASSERT_EQ(registry.CreateKey(kMachine, kKey), KeyDisposition::Created);
-  const unsigned char alarm[4] = {1, 2, 3, 4};
   std::string keys(56, '\0');
   for (int i = 0; i < 56; ++i) keys[i] = static_cast<char>(i * 7);
+  std::string big(300, '\0');
+  for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i);
   ASSERT_TRUE(registry.SetDword(kMachine, kKey, "FFSkipTime", 0xDEADBEEF));
-  ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Alarm", 3, alarm, sizeof alarm));
+  ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Alarm", 3, "\x01\x02\x03\x04", 4));
   ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Keys", 3, keys.data(), keys.size()));
+  ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Big", 3, big.data(), big.size()));
   ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Empty", 3, nullptr, 0));
   ASSERT_TRUE(registry.SetString(kMachine, kKey, "Load", "C:\\Music \"live\" ñ €"));
   ASSERT_TRUE(registry.SetString(kMachine, kKey, "Lines", "one\ntwo"));
   ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Odd", 7, "a\0b\0\0", 5));
+  // A file name that isn't UTF-8 keeps its bytes.
   ASSERT_TRUE(registry.SetString(kMachine, kKey, "Latin1Name", "/music/Mot\xF6rhead.mp3"));
 
+  const struct {
+    const char* name;
+    std::uint32_t type;
+    std::string data;
+  } stored[] = {{"fFsKiPtImE", 4, std::string("\xEF\xBE\xAD\xDE", 4)},
+                {"Alarm", 3, "\x01\x02\x03\x04"},
+                {"Keys", 3, keys},
+                {"Big", 3, big},
+                {"Empty", 3, ""},
+                {"Load", 1, std::string("C:\\Music \"live\" ñ €") + '\0'},
+                {"Lines", 1, std::string("one\ntwo\0", 8)},
+                {"Odd", 7, std::string("a\0b\0\0", 5)},
+                {"Latin1Name", 1, std::string("/music/Mot\xF6rhead.mp3") + '\0'}};
   Registry other(file);
-  auto value = other.GetValue(kMachine, kKey, "fFsKiPtImE");
-  ASSERT_TRUE(value);
-  EXPECT_EQ(value->type, 4u);
-  EXPECT_EQ(value->data, std::string("\xEF\xBE\xAD\xDE", 4));
-  value = other.GetValue(kMachine, kKey, "Alarm");
-  ASSERT_TRUE(value);
-  EXPECT_EQ(value->type, 3u);
-  EXPECT_EQ(value->data, std::string("\x01\x02\x03\x04", 4));
-  EXPECT_EQ(other.GetValue(kMachine, kKey, "Keys")->data, keys);
-  EXPECT_EQ(other.GetValue(kMachine, kKey, "Empty")->data, "");
-  EXPECT_EQ(other.GetValue(kMachine, kKey, "Load")->data, std::string("C:\\Music \"live\" ñ €") + '\0');
-  EXPECT_EQ(other.GetValue(kMachine, kKey, "Lines")->data, std::string("one\ntwo\0", 8));
-  EXPECT_EQ(other.GetValue(kMachine, kKey, "Latin1Name")->data, std::string("/music/Mot\xF6rhead.mp3") + '\0')
-      << "a file name that isn't UTF-8 keeps its bytes";
-  value = other.GetValue(kMachine, kKey, "Odd");
-  EXPECT_EQ(value->type, 7u);
-  EXPECT_EQ(value->data, std::string("a\0b\0\0", 5));
+  for (const auto& value : stored) {
+    const auto read = other.GetValue(kMachine, kKey, value.name);
+    ASSERT_TRUE(read) << value.name;
+    EXPECT_EQ(read->type, value.type) << value.name;
+    EXPECT_EQ(read->data, value.data) << value.name;
+  }
 
-  // The file is readable text in the regedit form.
+  // The file is readable text in the regedit form, with short lines.
   const std::string text = ReadFile(file);
   EXPECT_EQ(text.rfind("Windows Registry Editor Version 5.00\n", 0), 0u);
   EXPECT_NE(text.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Halvorkeep\\Tavrinsonic]"), std::string::npos);
   EXPECT_NE(text.find("\"FFSkipTime\"=dword:deadbeef"), std::string::npos);
   EXPECT_NE(text.find("\"Alarm\"=hex:01,02,03,04"), std::string::npos);
   EXPECT_NE(text.find("\"Load\"=\"C:\\\\Music \\\"live\\\" ñ €\""), std::string::npos);
+  for (std::size_t start = 0, end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+    EXPECT_LE(end - start, 80u) << "regedit keeps lines short";
+  }
 }
 
 TEST_F(RegistryTest, QueriesFollowThePlatformsSizeRules) {
@@ -151,18 +159,6 @@ TEST_F(RegistryTest, DamagedFilesLoseOnlyWhatIsDamagedAndTheNextWriteIsClean) {
   EXPECT_EQ(registry.CreateKey(kMachine, kKey), KeyDisposition::Created);
   EXPECT_TRUE(registry.SetDword(kMachine, kKey, "Good", 1));
   EXPECT_EQ(ReadFile(file).rfind("Windows Registry Editor Version 5.00\n", 0), 0u);
-}
-
-TEST_F(RegistryTest, LongBinaryValuesWrapAndReadBack) {
-  ASSERT_EQ(registry.CreateKey(kMachine, kKey), KeyDisposition::Created);
-  std::string big(300, '\0');
-  for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i);
-  ASSERT_TRUE(registry.SetValue(kMachine, kKey, "Big", 3, big.data(), big.size()));
-  const std::string text = ReadFile(file);
-  for (std::size_t start = 0, end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
-    EXPECT_LE(end - start, 80u) << "regedit keeps lines short";
-  }
-  EXPECT_EQ(registry.GetValue(kMachine, kKey, "Big")->data, big);
 }
 
 // Runs `body` in a child process and returns its pid.

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/timers.h"
 
 namespace {
 
@@ -24,30 +23,6 @@ TEST(TextFormatTest, AFormatFromAPackCanNeitherCrashNorReadWhatIsntThere) {
   EXPECT_EQ(FormatText("100%", {}), "100%");
   EXPECT_EQ(FormatText("%99999999999d", {std::int64_t{1}}).size(), 256u) << "widths are bounded";
   EXPECT_EQ(FormatText("%l", {}), "%l");
-}
-
-class Recorder : public platform::MessageHandler {
- public:
-  std::intptr_t HandleMessage(const platform::Message& message) override {
-    fired.push_back(static_cast<std::uint32_t>(message.wParam));
-    EXPECT_EQ(message.id, platform::kMessageTimer);
-    return 0;
-  }
-  std::vector<std::uint32_t> fired;
-};
-
-TEST(ManualTimersTest, OnlyRunningTimersFireAndASetRestartsWithTheNewPeriod) {
-  Recorder recorder;
-  platform::ManualTimers timers(&recorder);
-  EXPECT_FALSE(timers.Fire(33));
-  timers.Set(33, 1500);
-  timers.Set(33, 1000);
-  EXPECT_EQ(timers.Period(33), 1000u);
-  EXPECT_TRUE(timers.Fire(33));
-  EXPECT_TRUE(timers.Kill(33));
-  EXPECT_FALSE(timers.Kill(33));
-  EXPECT_FALSE(timers.Fire(33));
-  EXPECT_EQ(recorder.fired, std::vector<std::uint32_t>{33});
 }
 
 }  // namespace
