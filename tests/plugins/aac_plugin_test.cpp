@@ -34,8 +34,7 @@ constexpr int kLargestDifference = 2;
 constexpr std::uint32_t kRate = 32000;
 constexpr std::uint32_t kFrames = 1024;
 
-double SnrAt(const Samples& ours, const Samples& reference, std::ptrdiff_t lag, std::size_t limit,
-             std::size_t* compared = nullptr) {
+double SnrAt(const Samples& ours, const Samples& reference, std::ptrdiff_t lag, std::size_t limit) {
   double signal = 0;
   double noise = 0;
   std::size_t count = 0;
@@ -48,7 +47,6 @@ double SnrAt(const Samples& ours, const Samples& reference, std::ptrdiff_t lag, 
     noise += difference * difference;
     ++count;
   }
-  if (compared != nullptr) *compared = count;
   if (count == 0 || signal == 0) return 0;
   return noise == 0 ? 200.0 : 10.0 * std::log10(signal / noise);
 }
