@@ -20,23 +20,10 @@
 
 namespace {
 
-const std::string kGermanPack = std::string(TS_BINARY_DIR) + "/share/tavrinsonic/mui.0407.qm";
 const std::string kGermanSource = std::string(TS_SOURCE_DIR) + "/res/lang/mui.0407.ts";
 
 std::string Contents(const std::string& path) {
   return testing_support::ReadFile(path);
-}
-
-TEST(ShippedPackTest, TheGermanPackReadsWithItsTextsAndLacksTheRest) {
-  shell::TranslationFileReader reader;
-  const auto texts = reader.Read(kGermanPack, shell::TranslatableKeys());
-  ASSERT_TRUE(texts.has_value());
-  EXPECT_EQ(texts->at("6313"), "Springe zu %s");
-  EXPECT_EQ(texts->at("40005"), "Menü");
-  EXPECT_EQ(texts->at("menu.101.p1.6"), "Optionen");
-  EXPECT_EQ(texts->at("dlg.133.1039"), "Dateien beim Laden sortieren");
-  EXPECT_EQ(texts->count("6204"), 0u);
-  EXPECT_EQ(texts->count("menu.101.40060"), 0u);
 }
 
 TEST(ShippedPackTest, EveryIdOfTheShippedPackIsATextOfTheProgram) {
