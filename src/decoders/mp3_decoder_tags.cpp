@@ -16,34 +16,12 @@
 #include "decoders/id3v1.h"
 #include "decoders/id3v2.h"
 #include "decoders/mp3_decoder.h"
+#include "decoders/track_texts.h"
 #include "platform/text.h"
 #include "playback/locked_file.h"
 
 namespace decoders {
 namespace {
-
-// Texts go into buffers of 260 UTF-16 units with their terminator.
-constexpr std::size_t kTextUnits = 259;
-// The information text's block: 1024 UTF-16 units with the terminator.
-constexpr std::size_t kInfoTextUnits = 1023;
-
-std::string Cut(std::string_view text, std::size_t units = kTextUnits) {
-  return platform::TruncateToUtf16Units(text, units);
-}
-
-// The name of a path without its folder, cut to 260 units and then at its
-// last dot.
-std::string FileName(const std::string& path) {
-  const std::size_t slash = path.find_last_of('/');
-  std::string name = Cut(slash == std::string::npos ? path : path.substr(slash + 1), 260);
-  const std::size_t dot = name.find_last_of('.');
-  if (dot != std::string::npos) name.resize(dot);
-  return name;
-}
-
-std::string Joined(const std::string& first, const std::string& second) {
-  return Cut(first + " - " + second);
-}
 
 const std::string& TextOf(const std::optional<std::string>& field) {
   static const std::string kEmpty;
@@ -75,51 +53,6 @@ bool ProbeFile(const std::string& path, Probe& probe) {
   return true;
 }
 
-// "<b>Label:</b> value<br>" lines in a block of bounded length; a line that
-// doesn't fit is cut in its value, and nothing follows it.
-class InfoText {
- public:
-  void Line(const char* label, std::string_view value) {
-    if (full) return;
-    const std::string prefix = std::string("<b>") + label + "</b> ";
-    const std::size_t markup = platform::Utf16Length(prefix) + 4;
-    const std::size_t valueUnits = platform::Utf16Length(value);
-    if (units + markup + valueUnits > kInfoTextUnits) {
-      full = true;
-      if (units + markup > kInfoTextUnits) return;
-      const std::string cut = Cut(value, kInfoTextUnits - units - markup);
-      text += prefix + cut + "<br>";
-      units += markup + platform::Utf16Length(cut);
-      return;
-    }
-    text += prefix;
-    text += value;
-    text += "<br>";
-    units += markup + valueUnits;
-  }
-  void LineIf(const char* label, const std::optional<std::string>& value) {
-    if (value) Line(label, *value);
-  }
-  void Number(const char* label, long long value, const char* unit = "") {
-    Line(label, std::to_string(value) + unit);
-  }
-  void Format(std::uint32_t durationMs, const playback::FormatSummary& summary) {
-    const std::uint32_t seconds = durationMs / 1000;
-    char time[48];
-    std::snprintf(time, sizeof time, "%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
-    Line("Total play time:", time);
-    Number("Bitrate:", summary.bitRate, " kbps");
-    Number("Sampling Rate:", summary.sampleRate, " Hz");
-    Number("Channels:", summary.stereo != 0 ? 2 : 1);
-  }
-  std::string Take() { return std::move(text); }
-
- private:
-  std::string text;
-  std::size_t units = 0;
-  bool full = false;
-};
-
 }  // namespace
 
 bool Mp3Decoder::GetDisplayTitle(std::string& title) {
@@ -131,18 +64,18 @@ bool Mp3Decoder::GetDisplayTitle(std::string& title) {
     const std::string& artist = TextOf(v2.artist);
     const std::string& name = TextOf(v2.title);
     if (!artist.empty() && !name.empty()) {
-      title = Joined(artist, name);
+      title = JoinedTitle(artist, name);
     } else if (!artist.empty() || !name.empty()) {
-      title = Cut(artist.empty() ? name : artist);
+      title = CutText(artist.empty() ? name : artist);
     } else {
-      title = FileName(path);
+      title = FileNameOf(path);
     }
     return true;
   }
   Id3v1Info v1;
   if (!ReadId3v1(path, v1)) return false;
   // An empty side leaves a bare " - ", as the player has always shown it.
-  title = v1.artist.empty() && v1.title.empty() ? FileName(path) : Joined(v1.artist, v1.title);
+  title = v1.artist.empty() && v1.title.empty() ? FileNameOf(path) : JoinedTitle(v1.artist, v1.title);
   return true;
 }
 
@@ -175,20 +108,21 @@ bool Mp3Decoder::GetFileDetails(const std::string& filePath, std::string* displa
     albumText = v1.album;
     artistText = v1.album;  // the album, as the player has always filled it from ID3v1
     titleText = v1.title;
-    displayText = v1.artist.empty() && v1.title.empty() ? FileName(filePath) : Joined(v1.artist, v1.title);
+    displayText =
+        v1.artist.empty() && v1.title.empty() ? FileNameOf(filePath) : JoinedTitle(v1.artist, v1.title);
   } else {
     Id3v2Info v2;
     if (!ReadId3v2(filePath, v2)) return false;
-    albumText = Cut(TextOf(v2.album));
-    artistText = Cut(TextOf(v2.artist));
-    titleText = Cut(TextOf(v2.title));
+    albumText = CutText(TextOf(v2.album));
+    artistText = CutText(TextOf(v2.artist));
+    titleText = CutText(TextOf(v2.title));
     if (artistText.empty()) {
-      displayText = FileName(filePath);
+      displayText = FileNameOf(filePath);
     } else {
-      displayText = Joined(artistText, titleText.empty() ? FileName(filePath) : titleText);
+      displayText = JoinedTitle(artistText, titleText.empty() ? FileNameOf(filePath) : titleText);
     }
     if (v2.track) probe.summary.trackNumber = static_cast<std::uint32_t>(DecimalValue(*v2.track));
-    if (v2.genre) probe.summary.genre = Cut(*v2.genre, playback::kGenreUnits - 1);
+    if (v2.genre) probe.summary.genre = CutText(*v2.genre, playback::kGenreUnits - 1);
   }
   if (display != nullptr) *display = displayText;
   if (album != nullptr) *album = albumText;

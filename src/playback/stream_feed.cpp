@@ -108,6 +108,14 @@ void StreamFeed::EndLoop() {
   prefilling = false;
 }
 
+void StreamFeed::HoldForPrefill() {
+  std::lock_guard guard(outputLock);
+  const std::uint32_t current = handle.load(kRelaxed);
+  if (StopRequested() || output == nullptr || current == kInvalidHandle || prefilling || loopEnded) return;
+  output->ControlStream(current, kStreamHold, 0);
+  prefilling = true;
+}
+
 void StreamFeed::FinishTrack(platform::MessageTarget* notify) {
   const Options options = ReadOptions();
   {

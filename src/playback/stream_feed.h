@@ -88,6 +88,10 @@ class StreamFeed {
   WriteResult WriteSamples(const std::int16_t* samples, std::uint32_t count, std::uint32_t seekStamp);
   // Step 4.
   void EndLoop();
+  // A network source ran short: the stream is held and prefills again,
+  // playing on once its queue is half full (step 3). Nothing before the
+  // stream is open, after a stop, or while it prefills anyway.
+  void HoldForPrefill();
   // Step 5. Does nothing once a stop has come.
   void FinishTrack(platform::MessageTarget* notify);
   bool StopRequested() const { return stopFlag.load(std::memory_order_relaxed) != 0; }

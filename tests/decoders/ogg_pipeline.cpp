@@ -1,0 +1,65 @@
+#include "decoders/ogg_pipeline.h"
+
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+
+#include "support/test_environment.h"
+
+namespace decoders_test {
+
+void OggPipelineTest::TearDown() {
+  ogg.reset();
+  Mp3PipelineTest::TearDown();
+}
+
+decoders::OggDecoder& OggPipelineTest::WireOgg() {
+  ogg = std::make_unique<decoders::OggDecoder>();
+  ogg->SetOutput(output.get());
+  ogg->SetSource(&file);
+  ogg->SetNotifyWindow(&notify);
+  return *ogg;
+}
+
+std::string OggMediaPath(const std::string& name) {
+  return std::string(TS_TEST_DATA_DIR) + "/ogg/" + name;
+}
+
+Bytes LoadOggMedia(const std::string& name) {
+  std::ifstream in(OggMediaPath(name), std::ios::binary);
+  EXPECT_TRUE(in.good()) << name;
+  return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+Samples OggReferenceDecode(const std::string& path) {
+  const std::string command = "oggdec -Q -R -b 16 -e 0 -s 1 -o - '" + path + "' 2>/dev/null";
+  Samples pcm;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return pcm;
+  std::array<std::int16_t, 4096> chunk{};
+  std::size_t got;
+  while ((got = std::fread(chunk.data(), sizeof(std::int16_t), chunk.size(), pipe)) > 0) {
+    pcm.insert(pcm.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(got));
+  }
+  if (pclose(pipe) != 0) pcm.clear();
+  return pcm;
+}
+
+Alignment AlignSound(const Samples& sound, const Samples& reference, std::size_t guess, std::size_t window,
+                     int channels, std::size_t span) {
+  Alignment best;
+  const Samples head(sound.begin(),
+                     sound.begin() + static_cast<std::ptrdiff_t>(std::min(span, sound.size())));
+  const std::size_t first = guess > window ? guess - window : 0;
+  for (std::size_t frame = first; frame <= guess + window; ++frame) {
+    const std::size_t at = frame * static_cast<std::size_t>(channels);
+    if (at >= reference.size()) break;
+    const Samples part(reference.begin() + static_cast<std::ptrdiff_t>(at), reference.end());
+    const double snr = SnrDb(head, part);
+    if (snr > best.snr) best = {frame, snr};
+  }
+  return best;
+}
+
+}  // namespace decoders_test
