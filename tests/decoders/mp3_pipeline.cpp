@@ -43,7 +43,10 @@ void Mp3PipelineTest::PlayOut() {
 }
 
 Samples Mp3PipelineTest::Sound(int channels) {
-  const Samples all = Tap()->Samples();
+  return TrimmedSound(Tap()->Samples(), channels);
+}
+
+Samples TrimmedSound(const Samples& all, int channels) {
   const auto first = std::find_if(all.begin(), all.end(), [](std::int16_t s) { return s != 0; });
   const auto last = std::find_if(all.rbegin(), all.rend(), [](std::int16_t s) { return s != 0; }).base();
   if (first >= last) return {};

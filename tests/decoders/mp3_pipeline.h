@@ -42,6 +42,10 @@ class Mp3PipelineTest : public output_testing::OutputTest {
   std::unique_ptr<decoders::Mp3Decoder> decoder;
 };
 
+// What a stereo capture holds, without the silence around it; the left
+// channel only for a mono stream.
+Samples TrimmedSound(const Samples& all, int channels);
+
 // The signal-to-noise ratio in dB of `ours` against `reference`, sample by
 // sample over the length of the shorter; 200 when they are equal.
 double SnrDb(const Samples& ours, const Samples& reference);
