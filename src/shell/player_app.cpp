@@ -4,6 +4,7 @@
 
 #include "decoders/libmad_back_end.h"
 #include "decoders/mp3_decoder.h"
+#include "decoders/ogg_decoder.h"
 #include "decoders/wav_reader.h"
 #include "effects/equalizer.h"
 #include "platform/device_volume.h"
@@ -82,6 +83,8 @@ PlayerApp::~PlayerApp() {
   Formats().SetDecoder(playback::kFormatMp3Stream, nullptr);
   mp3Decoder.reset();
   mp3BackEnd.reset();
+  Formats().SetDecoder(playback::kFormatOgg, nullptr);
+  oggDecoder.reset();
   Formats().SetDecoder(playback::kFormatAac, nullptr);
   Formats().SetDecoder(playback::kFormatWav, nullptr);
   aacDecoder.reset();
@@ -271,6 +274,7 @@ void PlayerApp::SetUpFormats() {
     formats.Enable(format, true);
 
   SetUpMp3Format();
+  SetUpOggFormat();
 
   // WAV: the reader and a reader-driven decoder over it.
   wavReader = std::make_unique<decoders::WavReader>();
@@ -306,6 +310,17 @@ void PlayerApp::SetUpMp3Format() {
   for (const char* extension : {"mp3", "mp2", "mpa"}) formats.AddExtension(playback::kFormatMp3, extension);
   formats.Enable(playback::kFormatMp3, true);
   formats.SetDecoder(playback::kFormatMp3, mp3Decoder.get());
+}
+
+// Ogg Vorbis: Tremor is linked in, so the decoder always exists. It is given
+// the output; the shared file comes with each track.
+void PlayerApp::SetUpOggFormat() {
+  oggDecoder = std::make_unique<decoders::OggDecoder>();
+  oggDecoder->SetOutput(&output);
+  playback::FormatRegistry& formats = Formats();
+  formats.AddExtension(playback::kFormatOgg, "ogg");
+  formats.Enable(playback::kFormatOgg, true);
+  formats.SetDecoder(playback::kFormatOgg, oggDecoder.get());
 }
 
 // Wires a reader-driven decoder (the shared file, the output) and binds its

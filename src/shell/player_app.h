@@ -56,6 +56,7 @@ struct FormatPlugin;
 namespace decoders {
 class Mp3BackEnd;
 class Mp3Decoder;
+class OggDecoder;
 class WavReader;
 }  // namespace decoders
 
@@ -234,6 +235,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   void LoadSettings();
   void SetUpFormats();
   void SetUpMp3Format();
+  void SetUpOggFormat();
   void SetUpReaderFormat(playback::ReaderDecoder& decoder, int formatId, const char* extension);
   void BuildSkipTimeMenu();
   void CheckSkipTimeEntries();
@@ -268,6 +270,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   // with mp3Decoder->SetBackEnd(mp3BackEnd.get()) while it exists.
   std::unique_ptr<decoders::Mp3BackEnd> mp3BackEnd;
   std::unique_ptr<decoders::Mp3Decoder> mp3Decoder;
+  // Ogg Vorbis files (format 2).
+  std::unique_ptr<decoders::OggDecoder> oggDecoder;
   // The reader-driven formats. Each decoder goes before the reader it drives,
   // and the plug-in's reader before its library.
   std::unique_ptr<decoders::WavReader> wavReader;

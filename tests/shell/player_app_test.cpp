@@ -286,6 +286,21 @@ TEST_F(PlayerAppTest, InitBindsTheMp3ExtensionsToOneDecoderUntilTheAppIsGone) {
   EXPECT_EQ(formats.DecoderForPath("/music/a.mp3"), nullptr) << "a decoder that is gone is unbound";
 }
 
+TEST_F(PlayerAppTest, InitBindsOggFilesToTheirOwnDecoderUntilTheAppIsGone) {
+  Start();
+  playback::MediaDecoder* ogg = formats.DecoderForPath("/music/a.OGG");
+  ASSERT_NE(ogg, nullptr);
+  EXPECT_NE(ogg, formats.DecoderForPath("/music/a.mp3"));
+  EXPECT_EQ(formats.DecoderFor(playback::kFormatOgg), ogg);
+  EXPECT_TRUE(formats.IsEnabled(playback::kFormatOgg));
+  std::string display;
+  EXPECT_TRUE(formats.GetFileDetails(TS_TEST_DATA_DIR "/ogg/chained.ogg", &display, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr, nullptr));
+  EXPECT_EQ(display, "Chain - Link One");
+  app.reset();
+  EXPECT_EQ(formats.DecoderForPath("/music/a.ogg"), nullptr) << "a decoder that is gone is unbound";
+}
+
 TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
   std::filesystem::create_directories(InstallDirectory());
   std::filesystem::copy_file(TS_AAC_PLUGIN, InstallDirectory() + "/libTSAACPlugin.so");
