@@ -1,0 +1,158 @@
+// Speed of the Ogg decoder beside the floor, in one program and one run:
+// the q5 stereo test file chained fifteen times (a minute of sound) in a
+// temporary file, page-cached after the first pass. "x_real_time" is seconds
+// of sound per second of wall time.
+//   BareTremor         ov_open + ov_read of 4096 bytes to the end: what
+//                      Tremor itself costs
+//   OggDecoderToQueue  OggDecoder with its thread, the byte-source
+//                      callbacks, the lock and the feed, writing into an
+//                      output that takes every block at once: what the
+//                      decoder costs (target: 0.87 of the bare loop or more)
+//   OggDecoderToCapture the whole pipeline: the real output engine into an
+//                      unpaced capture device, all options off
+#include <benchmark/benchmark.h>
+#include <tremor/ivorbisfile.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "decoders/ogg_decoder.h"
+#include "platform/message_queue.h"
+#include "platform/wave_out_capture.h"
+#include "playback/audio_output.h"
+#include "playback/locked_file.h"
+#include "playback/playback_settings.h"
+
+namespace {
+
+constexpr int kLinks = 15;
+constexpr double kSecondsPerLink = 4.0;
+constexpr double kSampleRate = 44100;
+
+// An output whose one stream takes every block at once and counts it.
+class CountingOutput final : public playback::AudioOutput {
+ public:
+  std::uint32_t OpenStream(int, int, std::uint32_t rate, int channels, std::uint32_t) override {
+    capacity = rate * static_cast<std::uint32_t>(channels) * 2;
+    return 1;
+  }
+  int WriteStream(std::uint32_t, const std::int16_t* samples, std::uint32_t count) override {
+    if (samples != nullptr) written.fetch_add(count, std::memory_order_relaxed);
+    return 1;
+  }
+  std::uint32_t QueuedSamples(std::uint32_t) override { return 0; }
+  std::uint32_t QueueCapacity(std::uint32_t) override { return capacity; }
+  void ControlStream(std::uint32_t, int, std::uint32_t) override {}
+  void SetStreamParam(std::uint32_t, int, std::uint32_t) override {}
+  void FlushStream(std::uint32_t, std::uint32_t) override {}
+  std::uint32_t GetPlayedSamples(std::uint32_t) override { return 0; }
+
+  std::atomic<std::uint64_t> written{0};
+
+ private:
+  std::uint32_t capacity = 0;
+};
+
+struct OggFile {
+  std::string folder;
+  std::string path;
+  double seconds = kLinks * kSecondsPerLink;
+  OggFile() {
+    char pattern[] = "/tmp/ts_ogg_bench_XXXXXX";
+    folder = ::mkdtemp(pattern);
+    path = folder + "/minute.ogg";
+    std::ifstream in(TS_TEST_DATA_DIR "/ogg/stereo_44k.ogg", std::ios::binary);
+    const std::vector<char> link(std::istreambuf_iterator<char>(in), {});
+    std::ofstream out(path, std::ios::binary);
+    for (int i = 0; i < kLinks; ++i) out.write(link.data(), static_cast<std::streamsize>(link.size()));
+  }
+  ~OggFile() { std::filesystem::remove_all(folder); }
+};
+
+const OggFile& TheFile() {
+  static const OggFile file;
+  return file;
+}
+
+void Report(benchmark::State& state) {
+  state.counters["x_real_time"] = benchmark::Counter(
+      static_cast<double>(state.iterations()) * TheFile().seconds, benchmark::Counter::kIsRate);
+}
+
+void AllOptionsOff() {
+  playback::PlaybackSettings& options = playback::Playback();
+  for (auto* option : {&options.crossfade, &options.gapless, &options.trimSilence}) {
+    playback::PlaybackSettings::Write(*option, false);
+  }
+}
+
+void BareTremor(benchmark::State& state) {
+  std::vector<char> pcm(4096);
+  for (auto _ : state) {
+    FILE* file = std::fopen(TheFile().path.c_str(), "rb");
+    OggVorbis_File vorbis;
+    if (file == nullptr || ov_open(file, &vorbis, nullptr, 0) != 0) return state.SkipWithError("no Vorbis");
+    std::uint64_t bytes = 0;
+    int link = 0;
+    for (long got; (got = ov_read(&vorbis, pcm.data(), static_cast<int>(pcm.size()), &link)) != 0;) {
+      if (got > 0) bytes += static_cast<std::uint64_t>(got);
+    }
+    ov_clear(&vorbis);  // closes the file
+    if (static_cast<double>(bytes) / 4 / kSampleRate + 0.1 < TheFile().seconds) {
+      return state.SkipWithError("short decode");
+    }
+  }
+  Report(state);
+}
+
+// Plays the file once through `output`; false when it doesn't play to its end.
+bool PlayOnce(playback::AudioOutput& output) {
+  playback::LockedFile file;
+  platform::MessageQueue notify;
+  decoders::OggDecoder decoder;
+  decoder.SetOutput(&output);
+  decoder.SetSource(&file);
+  decoder.SetNotifyWindow(&notify);
+  if (!decoder.Open(TheFile().path) || !decoder.Play()) return false;
+  const bool ended = notify.WaitFor(playback::kMessageTrackEnded, 120000);
+  decoder.Close();
+  return ended;
+}
+
+void OggDecoderToQueue(benchmark::State& state) {
+  AllOptionsOff();
+  for (auto _ : state) {
+    CountingOutput output;
+    if (!PlayOnce(output)) return state.SkipWithError("the file does not play");
+    if (static_cast<double>(output.written.load()) / 2 / kSampleRate + 0.1 < TheFile().seconds) {
+      return state.SkipWithError("not every block was written");
+    }
+  }
+  Report(state);
+}
+
+void OggDecoderToCapture(benchmark::State& state) {
+  AllOptionsOff();
+  for (auto _ : state) {
+    platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>(
+        platform::CaptureOptions{platform::CapturePace::kUnpaced, false, 1}));
+    playback::AudioOutput output;
+    if (!PlayOnce(output)) return state.SkipWithError("the file does not play");
+  }
+  platform::SetWaveOutDriver(nullptr);
+  Report(state);
+}
+
+BENCHMARK(BareTremor)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(OggDecoderToQueue)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(OggDecoderToCapture)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+
+BENCHMARK_MAIN();
