@@ -26,6 +26,7 @@
 
 #include "decoders/mp3_back_end.h"
 #include "decoders/mp3_frame_search.h"
+#include "net/net_stream.h"
 #include "platform/text.h"
 #include "playback/audio_output.h"
 #include "playback/byte_source.h"
@@ -34,6 +35,7 @@ namespace decoders {
 
 Mp3Decoder::~Mp3Decoder() {
   feed.RequestStop();
+  if (isStream && netStream != nullptr) netStream->Disconnect();  // a read may wait in the network
   thread.Join();
 }
 
@@ -58,9 +60,10 @@ std::uint32_t Mp3Decoder::GetDuration() {
 
 std::uint32_t Mp3Decoder::GetPosition() {
   const std::uint64_t played = feed.PlayedFrames();
-  if (format.samplesPerFrame == 0 || format.sampleRate == 0) return 0;
-  const double ms =
-      static_cast<double>(seekBase.load(std::memory_order_relaxed) + played) * 1000.0 / format.sampleRate;
+  // A stream's thread finds its format: the feed's copy is the one to read.
+  const std::uint32_t rate = isStream ? feed.SampleRate() : format.sampleRate;
+  if ((!isStream && format.samplesPerFrame == 0) || rate == 0) return 0;
+  const double ms = static_cast<double>(seekBase.load(std::memory_order_relaxed) + played) * 1000.0 / rate;
   return static_cast<std::uint32_t>(std::min(ms, 4294967295.0));
 }
 
@@ -107,15 +110,16 @@ bool Mp3Decoder::FindCheckedFrame() {
 void Mp3Decoder::Stop() {
   if (state == playback::kStatePaused && output != nullptr) output->Pause(0);
   feed.Stop(closing);
+  // With a stream open, a stop also disconnects the stream client, which
+  // breaks a connection or a read still under way.
+  if (isStream && netStream != nullptr) netStream->Disconnect();
   thread.Join();
   state = playback::kStateStopped;
   seekBase.store(0, std::memory_order_relaxed);
-  // With a stream open, a stop also disconnects the stream client, which
-  // breaks a connection still under way.
 }
 
 void Mp3Decoder::TogglePause() {
-  if (file == nullptr) return;
+  if (file == nullptr && !isStream) return;
   if (state == playback::kStatePlaying) {
     state = playback::kStatePaused;
     if (output != nullptr) output->Pause(1);
@@ -132,9 +136,9 @@ bool Mp3Decoder::Play() {
     return true;
   }
   if (state != playback::kStateStopped) return false;
-  // A stream's pump will start here too, signalling at once that playback
-  // has begun, so Play doesn't wait for the network.
-  if (file == nullptr || backEnd == nullptr) return false;
+  // A stream's pump signals at once that playback has begun, so Play
+  // doesn't wait for the network.
+  if ((isStream ? netStream == nullptr : file == nullptr) || backEnd == nullptr) return false;
   thread.Join();
   startedEvent.Reset();
   threadEnded.Reset();
@@ -142,7 +146,9 @@ bool Mp3Decoder::Play() {
   threadNotify = notifyWindow;
   seekBase.store(0, std::memory_order_relaxed);
   feed.Arm(output);
-  if (!thread.Start([this] { FilePump(); }, decodePriority)) {
+  const bool started = isStream ? thread.Start([this] { StreamPump(); }, decodePriority)
+                                : thread.Start([this] { FilePump(); }, decodePriority);
+  if (!started) {
     threadEnded.Set();
     return false;
   }
@@ -168,9 +174,13 @@ void Mp3Decoder::Close() {
 bool Mp3Decoder::Open(const std::string& newPath) {
   closing = false;
   if (platform::StartsWithIgnoreCase(newPath, "http://")) {
-    // An address is played by the stream pump, which comes with the stream
-    // client's decoding; until then it doesn't open, with or without one.
-    return false;
+    if (netStream == nullptr || !netStream->SetUrl(newPath)) return false;
+    std::lock_guard guard(seekLock);
+    isStream = true;
+    path = newPath;
+    file = nullptr;
+    format = {};  // the stream's thread finds it; a stream without frames fails
+    return true;
   }
   std::lock_guard guard(seekLock);
   if (source == nullptr || source->Open(newPath.c_str()) == 0) return false;

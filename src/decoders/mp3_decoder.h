@@ -18,9 +18,10 @@
 // through the feed; it reaches the window thread only by posting 2568 at the
 // natural end of a track. Lock order: seekLock, then the feed's outputLock.
 //
-// Streams: SetNetStream keeps the stream client; until the stream pump
-// exists an "http://" path doesn't open. It will share the frame search
-// (mp3_frame_header.h), the input buffer and its Decode call, and the feed.
+// Streams: SetNetStream keeps the stream client; an "http://" path opens
+// as a stream when there is one. The stream's decode thread
+// (mp3_decoder_stream.cpp) shares the frame search (mp3_frame_header.h),
+// the input buffer and its Decode call, and the feed.
 #pragma once
 
 #include <atomic>
@@ -85,6 +86,12 @@ class Mp3Decoder : public playback::MediaDecoder {
   bool PumpFile(std::int16_t* pcm);
   FrameStep DecodeNextFrame(std::uint8_t* pcm, std::uint32_t& pcmBytes);
   bool Recover();
+  // The stream's decode thread (mp3_decoder_stream.cpp).
+  enum class StreamStep { kGoOn, kEnded, kStopped };
+  void StreamPump();
+  bool FindStreamFormat();
+  bool PumpStream(std::int16_t* pcm);
+  StreamStep DecodeStreamBlock(Mp3InputBuffer& block, std::int16_t* pcm, bool ended);
   std::uint32_t PcmBufferBytes() const { return format.channels * 9216; }
   Mp3FrameMatch FormatMatch() const { return {format.version, format.layer}; }
 

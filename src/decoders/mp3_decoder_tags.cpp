@@ -17,6 +17,7 @@
 #include "decoders/id3v2.h"
 #include "decoders/mp3_decoder.h"
 #include "decoders/track_texts.h"
+#include "net/net_stream.h"
 #include "platform/text.h"
 #include "playback/locked_file.h"
 
@@ -57,8 +58,13 @@ bool ProbeFile(const std::string& path, Probe& probe) {
 
 bool Mp3Decoder::GetDisplayTitle(std::string& title) {
   title.clear();
-  // A stream's title comes from the stream client, with the stream pump.
-  if (isStream || path.empty()) return false;
+  // A stream's title: the last title of its metadata, else the station's name.
+  if (isStream) {
+    if (netStream == nullptr) return false;
+    if (netStream->GetStreamTitle(title)) return true;
+    return netStream->GetStationInfo(&title, nullptr, nullptr);
+  }
+  if (path.empty()) return false;
   Id3v2Info v2;
   if (ReadId3v2(path, v2)) {
     const std::string& artist = TextOf(v2.artist);
@@ -82,6 +88,7 @@ bool Mp3Decoder::GetDisplayTitle(std::string& title) {
 void Mp3Decoder::GetFormatSummary(playback::FormatSummary& summary) {
   summary.Clear();
   if (file == nullptr && !isStream) return;
+  std::lock_guard guard(seekLock);  // a stream's thread writes the format
   summary.sampleRate = format.sampleRate;
   summary.bitRate = format.bitrate;
   summary.stereo = format.channels > 1 ? 1 : 0;

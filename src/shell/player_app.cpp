@@ -7,6 +7,7 @@
 #include "decoders/ogg_decoder.h"
 #include "decoders/wav_reader.h"
 #include "effects/equalizer.h"
+#include "net/net_stream.h"
 #include "platform/device_volume.h"
 #include "platform/event.h"
 #include "platform/paths.h"
@@ -84,7 +85,9 @@ PlayerApp::~PlayerApp() {
   mp3Decoder.reset();
   mp3BackEnd.reset();
   Formats().SetDecoder(playback::kFormatOgg, nullptr);
+  Formats().SetDecoder(playback::kFormatOggStream, nullptr);
   oggDecoder.reset();
+  netStream.reset();  // after both decoders that use it
   Formats().SetDecoder(playback::kFormatAac, nullptr);
   Formats().SetDecoder(playback::kFormatWav, nullptr);
   aacDecoder.reset();
@@ -183,6 +186,7 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   RebuildBookmarkMenu();
   playlist.SetMainWindow(&window->Messages());
   playlist.SetDialogs(window->PlaylistBoxes());
+  if (netStream) netStream->SetNotifyWindow(&window->Messages());  // status texts and titles: 2331
   // The device volume, through the slider's scale: the way there and back
   // loses a little at each start, as it always has.
   SetVolumeFromSlider(DeviceToSlider(ReadVolume()));
@@ -273,6 +277,8 @@ void PlayerApp::SetUpFormats() {
   for (const int format : {playback::kFormatM3u, playback::kFormatPls, playback::kFormatAsx})
     formats.Enable(format, true);
 
+  // The stream client, one for the run, shared by the MP3 and Ogg decoders.
+  netStream = std::make_unique<net::NetStream>();
   SetUpMp3Format();
   SetUpOggFormat();
 
@@ -297,7 +303,7 @@ void PlayerApp::SetUpFormats() {
 // It is given the back-end and the output (the shared file comes with each
 // track); the back-end's own equalizer is set flat, since the output's
 // equalizer filters MP3 like everything else. Format 4 (MP3 streams) is bound
-// to the same decoder, with the stream client, once PlayerApp has one.
+// to the same decoder, with the stream client.
 void PlayerApp::SetUpMp3Format() {
   mp3BackEnd = std::make_unique<decoders::LibmadBackEnd>();
   mp3Decoder = std::make_unique<decoders::Mp3Decoder>();
@@ -310,10 +316,13 @@ void PlayerApp::SetUpMp3Format() {
   for (const char* extension : {"mp3", "mp2", "mpa"}) formats.AddExtension(playback::kFormatMp3, extension);
   formats.Enable(playback::kFormatMp3, true);
   formats.SetDecoder(playback::kFormatMp3, mp3Decoder.get());
+  mp3Decoder->SetNetStream(netStream.get());
+  formats.SetDecoder(playback::kFormatMp3Stream, mp3Decoder.get());
 }
 
 // Ogg Vorbis: Tremor is linked in, so the decoder always exists. It is given
-// the output; the shared file comes with each track.
+// the output and the stream client; the shared file comes with each track.
+// Format 5 ("http://" addresses ending in ".ogg") is bound to it too.
 void PlayerApp::SetUpOggFormat() {
   oggDecoder = std::make_unique<decoders::OggDecoder>();
   oggDecoder->SetOutput(&output);
@@ -321,6 +330,8 @@ void PlayerApp::SetUpOggFormat() {
   formats.AddExtension(playback::kFormatOgg, "ogg");
   formats.Enable(playback::kFormatOgg, true);
   formats.SetDecoder(playback::kFormatOgg, oggDecoder.get());
+  oggDecoder->SetNetStream(netStream.get());
+  formats.SetDecoder(playback::kFormatOggStream, oggDecoder.get());
 }
 
 // Wires a reader-driven decoder (the shared file, the output) and binds its

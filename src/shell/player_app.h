@@ -64,6 +64,10 @@ namespace effects {
 class Equalizer;
 }
 
+namespace net {
+class NetStream;
+}
+
 namespace shell {
 
 class BookmarkStore;
@@ -266,6 +270,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;
+  // The internet radio client of the MP3 and Ogg decoders; it goes after them.
+  std::unique_ptr<net::NetStream> netStream;
   // MP3: the decoder goes before its back-end. To play, rebind the decoder
   // with mp3Decoder->SetBackEnd(mp3BackEnd.get()) while it exists.
   std::unique_ptr<decoders::Mp3BackEnd> mp3BackEnd;

@@ -286,7 +286,7 @@ TEST_F(PlayerAppTest, InitBindsTheMp3ExtensionsToOneDecoderUntilTheAppIsGone) {
   EXPECT_EQ(formats.DecoderForPath("/music/a.mp3"), nullptr) << "a decoder that is gone is unbound";
 }
 
-TEST_F(PlayerAppTest, InitBindsOggFilesToTheirOwnDecoderUntilTheAppIsGone) {
+TEST_F(PlayerAppTest, InitBindsOggFilesAndStreamsToTheirDecodersUntilTheAppIsGone) {
   Start();
   playback::MediaDecoder* ogg = formats.DecoderForPath("/music/a.OGG");
   ASSERT_NE(ogg, nullptr);
@@ -297,8 +297,13 @@ TEST_F(PlayerAppTest, InitBindsOggFilesToTheirOwnDecoderUntilTheAppIsGone) {
   EXPECT_TRUE(formats.GetFileDetails(TS_TEST_DATA_DIR "/ogg/chained.ogg", &display, nullptr, nullptr, nullptr,
                                      nullptr, nullptr, nullptr));
   EXPECT_EQ(display, "Chain - Link One");
+  // Addresses: the same decoders, for streams.
+  EXPECT_EQ(formats.DecoderForPath("http://radio.example/live.ogg"), ogg);
+  EXPECT_EQ(formats.DecoderForPath("http://radio.example:8000/stream"), formats.DecoderForPath("/music/a.mp3"));
   app.reset();
   EXPECT_EQ(formats.DecoderForPath("/music/a.ogg"), nullptr) << "a decoder that is gone is unbound";
+  EXPECT_EQ(formats.DecoderForPath("http://radio.example/live.ogg"), nullptr);
+  EXPECT_EQ(formats.DecoderForPath("http://radio.example/stream"), nullptr);
 }
 
 TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
