@@ -18,17 +18,20 @@
 
 #include "decoders/ogg_pipeline.h"
 #include "icecast_server.h"
-#include "media_checks.h"
-#include "message_log.h"
 #include "net/net_stream.h"
 #include "platform/event.h"
 #include "playback/playback_settings.h"
 #include "stream_fixture.h"
+#include "support/test_environment.h"
 
 namespace net_testing {
 namespace {
 
 using decoders_test::Samples;
+
+std::string ReadTestFile(const std::string& name) {
+  return testing_support::ReadFile(std::string(TS_TEST_DATA_DIR) + "/net/" + name);
+}
 
 constexpr std::size_t kCompared = 8820;  // samples: a tenth of a second of stereo at 44.1 kHz
 
