@@ -15,7 +15,6 @@ constexpr int kPollMs = 10;
 constexpr int kPollsBeforeStrike = 100;
 // Strikes a queue survives; the next one ends it.
 constexpr std::uint32_t kStrikesTolerated = 3;
-constexpr int kDestroyCourtesyMs = 200;
 constexpr std::uint32_t kUnityGain = 256;
 
 constexpr auto kRelaxed = std::memory_order_relaxed;
@@ -31,11 +30,10 @@ std::uint32_t Magnitude(std::int16_t sample) {
 PcmQueue::PcmQueue() = default;
 
 PcmQueue::~PcmQueue() {
+  // Every reader and writer holds the queue through its owner while inside
+  // it, so nobody is left to notice: no courtesy wait is needed.
   marker.store(0, kRelaxed);
   aborted.store(1, kRelaxed);
-  // A fixed courtesy, not a handshake: a reader or writer that polls every
-  // 10 ms has noticed the abort by now.
-  platform::SleepMs(kDestroyCourtesyMs);
 }
 
 int PcmQueue::Allocate(std::uint32_t newCapacity) {
@@ -52,12 +50,28 @@ int PcmQueue::Allocate(std::uint32_t newCapacity) {
   return 1;
 }
 
+void PcmQueue::WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until) {
+  std::unique_lock guard(waitLock);
+  dataArrived.wait_until(guard, until,
+                         [&] { return wanted <= Fill() || IsEnded() || aborted.load(kRelaxed) != 0; });
+}
+
+void PcmQueue::WakeReader() {
+  { std::lock_guard guard(waitLock); }
+  dataArrived.notify_all();
+}
+
 int PcmQueue::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_t& got) {
   if (!samples) return 0;
   int polls = 0;
+  // The wait is counted in 10 ms polls of the clock, as a reader that slept
+  // and looked would count them; a write wakes it at once.
+  auto pollEnd = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPollMs);
   while (wanted > Fill() && !IsEnded()) {
     if (aborted.load(kRelaxed)) return 0;
-    platform::SleepMs(kPollMs);
+    WaitForData(wanted, pollEnd);
+    if (std::chrono::steady_clock::now() < pollEnd) continue;
+    pollEnd += std::chrono::milliseconds(kPollMs);
     // The count is not reset: past the first second every poll is a strike.
     if (++polls > kPollsBeforeStrike) {
       got = 0;
@@ -79,6 +93,12 @@ int PcmQueue::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_
 }
 
 int PcmQueue::Write(const std::int16_t* source, std::uint32_t count, std::uint32_t& written) {
+  const int result = Store(source, count, written);
+  WakeReader();
+  return result;
+}
+
+int PcmQueue::Store(const std::int16_t* source, std::uint32_t count, std::uint32_t& written) {
   if (!samples) return 0;
   if (count == 0) {
     ended.store(1, kRelaxed);

@@ -19,6 +19,8 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -47,8 +49,8 @@ class PcmQueue {
   PcmQueue();
   PcmQueue(const PcmQueue&) = delete;
   PcmQueue& operator=(const PcmQueue&) = delete;
-  // Clears the marker, aborts blocked readers and writers, gives them 200 ms
-  // to leave, and frees the block.
+  // Clears the marker and frees the block. Whoever shares the queue keeps it
+  // alive while inside an operation, so nobody is blocked in it here.
   virtual ~PcmQueue();
 
   // Makes a new cleared block of `capacity` samples, dropping any old one,
@@ -86,7 +88,10 @@ class PcmQueue {
   void Clear();
 
   // Makes every blocked and later Read and Write return 0.
-  void Abort() { aborted.store(1, std::memory_order_relaxed); }
+  void Abort() {
+    aborted.store(1, std::memory_order_relaxed);
+    WakeReader();
+  }
   std::uint32_t Marker() const { return marker.load(std::memory_order_relaxed); }
   bool IsEnded() const { return ended.load(std::memory_order_relaxed) != 0; }
   std::uint32_t UnderrunStrikes() const { return underrunStrikes.load(std::memory_order_relaxed); }
@@ -94,6 +99,8 @@ class PcmQueue {
   std::uint32_t TrimmedSamples() const { return trimmedSamples.load(std::memory_order_relaxed); }
 
  private:
+  // Write without the reader's wake.
+  int Store(const std::int16_t* source, std::uint32_t count, std::uint32_t& written);
   // With `lock` held: drops leading silence from the `count` new samples at
   // `first`; returns how many new samples are left there.
   std::uint32_t TrimLeadingSilence(std::int16_t* first, std::uint32_t count);
@@ -102,6 +109,11 @@ class PcmQueue {
   void ApplyFadeIn(std::int16_t* first, std::uint32_t count);
   // Scales `count` samples by gain / 256.
   static void Scale(std::int16_t* first, std::uint32_t count, std::uint32_t gain);
+  // Waits until `wanted` samples are queued, the queue has ended or is
+  // aborted, or `until` has come.
+  void WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until);
+  // Wakes a Read waiting for data; called after fill, ended or aborted changed.
+  void WakeReader();
 
   std::atomic<std::uint32_t> aborted{0};
   std::atomic<std::uint32_t> marker{kLiveMarker};
@@ -110,6 +122,11 @@ class PcmQueue {
   // only in Allocate, before the queue is shared.
   std::mutex lock;
   std::unique_ptr<std::int16_t[]> samples;
+
+  // A waiting Read sleeps on `dataArrived`; a writer takes `waitLock` after
+  // its change, so the wake can't fall between the reader's test and sleep.
+  std::mutex waitLock;
+  std::condition_variable dataArrived;
 
   std::atomic<std::uint32_t> capacity{0};
   std::atomic<std::uint32_t> fill{0};  // changed under `lock`, polled without it
