@@ -49,6 +49,7 @@ TEST_P(Mp3DamageTest, PlaysWhatCanBePlayedAndEnds) {
   ASSERT_TRUE(mp3.Open(path));
   ASSERT_TRUE(mp3.Play());
   ASSERT_TRUE(Ended());
+  ASSERT_TRUE(PlayedOut());
   const std::size_t played = Sound(2).size();
   std::printf("%s: %zu of %zu samples\n", GetParam().name, played, whole.size());
   EXPECT_GE(static_cast<double>(played), GetParam().share * static_cast<double>(whole.size()));
@@ -124,6 +125,7 @@ TEST_F(Mp3PlayTest, AFileShorterThanThePrefillStartsAtItsEndAndPlaysWhole) {
   ASSERT_TRUE(mp3.Open(path));
   ASSERT_TRUE(mp3.Play());
   ASSERT_TRUE(Ended());
+  ASSERT_TRUE(PlayedOut());
   const Samples sound = Sound(2);
   EXPECT_GT(sound.size(), expected.size() * 9 / 10);
   EXPECT_GT(SnrDb(sound, expected), 80.0);

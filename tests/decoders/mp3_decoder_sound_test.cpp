@@ -62,6 +62,7 @@ TEST_P(Mp3SoundTest, TheCaptureDevicePlaysWhatMpg123Decodes) {
 
   ASSERT_TRUE(mp3.Play());
   ASSERT_TRUE(Ended());
+  ASSERT_TRUE(PlayedOut());
   const Samples expected = FromFirstSound(reference, soundCase.channels);
   const Samples sound = Sound(soundCase.channels);
   ASSERT_LE(sound.size(), expected.size());

@@ -199,6 +199,7 @@ TEST_P(OggDamageTest, PlaysWhatCanBePlayedAndEnds) {
   ASSERT_TRUE(vorbis.Open(WriteMedia("damaged.ogg", GetParam().damage(LoadOggMedia("stereo_44k.ogg")))));
   ASSERT_TRUE(vorbis.Play());
   ASSERT_TRUE(Ended());
+  ASSERT_TRUE(PlayedOut());
   const std::size_t played = Sound(2).size();
   std::printf("%s: %zu of %zu samples\n", GetParam().name, played, wholeSamples);
   EXPECT_GE(static_cast<double>(played), GetParam().share * static_cast<double>(wholeSamples));

@@ -71,6 +71,7 @@ TEST_P(OggSoundTest, TheCaptureDevicePlaysWhatOggdecDecodes) {
 
   ASSERT_TRUE(vorbis.Play());
   ASSERT_TRUE(Ended());
+  ASSERT_TRUE(PlayedOut());
   const Samples sound = Sound(soundCase.channels);
   const Samples expected =
       WithoutQuietGap(sound, FromFirstSound(reference, soundCase.channels), soundCase.channels);

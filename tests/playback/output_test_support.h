@@ -77,6 +77,19 @@ class OutputTest : public testing_support::IsolatedEnvironmentTest {
     ASSERT_TRUE(WaitUntil([&] { return tap.QueuedBuffers() == inFlight || tap.Resets() != resets; }));
   }
 
+  // On unpaced devices: waits until they have played all the streams held.
+  // A track's end comes once its queue is drained into a block, which may
+  // not have reached the device yet.
+  bool PlayedOut() {
+    return WaitUntil([&] {
+      if (output->StreamCount() != 0) return false;
+      for (const auto& tap : driver->Taps()) {
+        if (tap->QueuedBuffers() != 0) return false;
+      }
+      return true;
+    });
+  }
+
   void Step(platform::CaptureTap& tap, int count, std::size_t inFlight = kBuffersAt44100) {
     for (int i = 0; i < count; ++i) StepOne(tap, inFlight);
   }
