@@ -82,6 +82,7 @@ bool WaveBufferQueue::Push(WaveBuffer* buffer) {
     if (!running || queuedCount + finishedCount >= kMaxBuffers) return false;
     queued[(queuedFirst + queuedCount) % kMaxBuffers] = buffer;
     ++queuedCount;
+    ++pushCount;
   }
   audioReady.notify_all();
   return true;
@@ -93,6 +94,11 @@ void WaveBufferQueue::SetPaused(bool pause) {
     paused = pause;
   }
   audioReady.notify_all();
+}
+
+std::uint64_t WaveBufferQueue::Pushes() const {
+  std::lock_guard guard(lock);
+  return pushCount;
 }
 
 bool WaveBufferQueue::IsPaused() const {
@@ -191,9 +197,11 @@ void WaveBufferQueue::StopConsumers() {
   audioReady.notify_all();
 }
 
-bool WavePump::Start(WaveBufferQueue& source, std::uint32_t rate, int deviceChannels, bool paced) {
+bool WavePump::Start(WaveBufferQueue& source, std::uint32_t rate, int deviceChannels, bool paced,
+                     FeedReady feedReady) {
   if (thread.joinable() || rate == 0) return false;
   queue = &source;
+  ready = std::move(feedReady);
   sampleRate = rate;
   channels = deviceChannels;
   if (paced) {
@@ -235,11 +243,30 @@ void WavePump::RunPaced() {
   }
 }
 
+// With a feed gate the pump goes in step with the writer: a buffer is taken
+// only once the writer has written one since the last take, and the gate
+// agrees. False once the consumers are stopped.
+bool WavePump::AwaitFeed() {
+  if (!ready) return true;
+  for (int waited = 0; waited < kFeedWaitMs; ++waited) {
+    const std::uint64_t pushes = queue->Pushes();
+    if (pushes != pushesAtTake && ready()) {
+      pushesAtTake = pushes;
+      return true;
+    }
+    if (queue->WaitForAudio(0) == WaveBufferQueue::Wait::kStopped) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  pushesAtTake = queue->Pushes();
+  return true;
+}
+
 void WavePump::RunUnpaced() {
   while (true) {
     const WaveBufferQueue::Wait result = queue->WaitForAudio(kIdleWaitMs);
     if (result == WaveBufferQueue::Wait::kStopped) return;
     if (result == WaveBufferQueue::Wait::kIdle) continue;
+    if (!AwaitFeed()) return;
     queue->Take(scratch.data(), scratch.size());
   }
 }

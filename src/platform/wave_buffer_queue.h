@@ -15,6 +15,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -59,6 +60,7 @@ class WaveBufferQueue {
   // Samples left in the oldest queued buffer (0 when none is queued).
   std::size_t HeadSamples() const;
   std::size_t QueuedBuffers() const;
+  std::uint64_t Pushes() const;  // buffers written since Start
   // Waits until Take would give something, at most `timeoutMs`.
   enum class Wait { kAudio, kIdle, kStopped };
   Wait WaitForAudio(int timeoutMs);
@@ -88,6 +90,7 @@ class WaveBufferQueue {
   std::array<WaveBuffer*, kMaxBuffers> queued{};
   std::size_t queuedFirst = 0;
   std::size_t queuedCount = 0;
+  std::uint64_t pushCount = 0;  // buffers ever written
   std::size_t headOffset = 0;  // samples of the oldest queued buffer already played
   std::array<WaveBuffer*, kMaxBuffers> finished{};
   std::size_t finishedFirst = 0;
@@ -102,22 +105,32 @@ class WaveBufferQueue {
 // card: at real time in 10 ms chunks, or as fast as buffers arrive.
 class WavePump {
  public:
+  // Asked before each unpaced chunk; while it says no the pump holds back,
+  // in 1 ms steps, for a second at most (a safety net: it then plays on).
+  // With it the pump also keeps in step with the writer (see AwaitFeed).
+  using FeedReady = std::function<bool()>;
+  static constexpr int kFeedWaitMs = 1000;
+
   WavePump() = default;
   WavePump(const WavePump&) = delete;
   WavePump& operator=(const WavePump&) = delete;
   ~WavePump() { Stop(); }
 
-  bool Start(WaveBufferQueue& queue, std::uint32_t sampleRate, int channels, bool paced);
+  bool Start(WaveBufferQueue& queue, std::uint32_t sampleRate, int channels, bool paced,
+             FeedReady feedReady = {});
   // Stops consuming and joins the thread; `queue` must still exist.
   void Stop();
 
  private:
   void RunPaced();
   void RunUnpaced();
+  bool AwaitFeed();
 
   WaveBufferQueue* queue = nullptr;
   std::uint32_t sampleRate = 0;
   int channels = 2;
+  FeedReady ready;
+  std::uint64_t pushesAtTake = 0;
   std::vector<std::int16_t> scratch;
   std::thread thread;
 };

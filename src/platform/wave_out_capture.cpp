@@ -60,7 +60,8 @@ class CaptureWaveOut final : public WaveOut {
       return false;
     }
     if (options.pace != CapturePace::kStepped &&
-        !opened->pump.Start(opened->queue, sampleRate, channels, options.pace == CapturePace::kRealTime)) {
+        !opened->pump.Start(opened->queue, sampleRate, channels, options.pace == CapturePace::kRealTime,
+                            options.feedReady)) {
       opened->queue.Stop();
       return false;
     }

@@ -33,6 +33,11 @@ struct CaptureOptions {
   bool applyVolume = true;
   // What DeviceCount reports; 0 acts out a machine without sound.
   int deviceCount = 1;
+  // Unpaced only: asked before each buffer is played; while it says no the
+  // device holds back (up to WavePump::kFeedWaitMs). The render tool passes
+  // its feed gate (tools/render/feed_gate.h), so that a device that outruns
+  // every decoder doesn't starve their streams.
+  WavePump::FeedReady feedReady = nullptr;
 };
 
 // What one opened capture device played, and its controls.
