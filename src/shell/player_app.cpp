@@ -94,6 +94,7 @@ PlayerApp::~PlayerApp() {
   aacPlugin.reset();
   wavDecoder.reset();
   wavReader.reset();
+  netStream.reset();  // after every decoder that reads from it, before the window it posts to
   playlist.SetMainWindow(nullptr);
   playlist.SetDialogs(nullptr);
   skin = nullptr;
@@ -193,6 +194,7 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   LoadSettings();
   if (equalizer && settings.extraBassEnabled) equalizer->SetBassMode(settings.extraBassStrength);
   currentDecoder = &idleDecoder;
+  if (netStream) netStream->SetNotifyWindow(&window->Messages());
   skin =
       window->CreateSkin(kSkinWidth, kSkinHeight, platform::JoinPath(InstallDirectory(), "BaseSkin") + "/");
   if (skin == nullptr) return false;
@@ -271,6 +273,7 @@ void PlayerApp::SaveSettings() {
 // files. The native list (503) stays disabled but for the default list's load.
 void PlayerApp::SetUpFormats() {
   playback::FormatRegistry& formats = Formats();
+  netStream = std::make_unique<net::NetStream>();
   formats.AddExtension(playback::kFormatM3u, "m3u");
   formats.AddExtension(playback::kFormatPls, "pls");
   formats.AddExtension(playback::kFormatAsx, "asx");

@@ -159,6 +159,11 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   void ApplyVolume(std::uint32_t deviceVolume);
   // Shows `text` in the status line for `milliseconds` (timer 33).
   void ShowStatus(const std::string& text, std::uint32_t milliseconds);
+  // Binds the decoder of `path`'s format, opens and starts it; a path no
+  // decoder takes, or that doesn't open, is skipped by posting 2563 with 1,
+  // as is one that doesn't start when `skipOnFailure` says so. See
+  // player_app_tracks.cpp.
+  void PlayTrack(const std::string& path, bool skipOnFailure);
 
   // --- PlayerOperations ------------------------------------------------------------------
   void Persist() override;
@@ -254,6 +259,14 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
 
   void LoadDefaultList();
   bool CurrentTitle(std::string& title);
+  // Track changes (player_app_tracks.cpp).
+  void StopAndCloseCurrent();
+  void CloseCurrent();
+  void EndLastStream();
+  void ShowListTitle();
+  // Seams filled in by the MP3 decoder and the alarm (player_app_seams.cpp).
+  void RebindMp3BackEnd();
+  void RearmAlarm();
   void CloseOutput();
   void ShowVolumeOnFace(std::int32_t slider);
 
@@ -268,6 +281,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::AudioOutput output;                           // the root: it opens no device itself
   playback::LockedFile sharedFile;                        // what decoders read local files through
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
+  // Made before the decoders that read from it, so it outlives them.
+  std::unique_ptr<net::NetStream> netStream;
   std::unique_ptr<BookmarkStore> bookmarks;
   std::unique_ptr<effects::Equalizer> equalizer;
   // The internet radio client of the MP3 and Ogg decoders; it goes after them.

@@ -10,11 +10,9 @@ namespace shell {
 // --- The list screen --------------------------------------------------------------------
 void PlayerApp::ScrollPlaylist(bool /*up*/) {}
 
-// --- Transport that needs the list and the decoders ---------------------------------
-void PlayerApp::Play(bool /*keepCurrent*/) {}
-void PlayerApp::Next(bool /*automatic*/) {}
-void PlayerApp::Previous() {}
-void PlayerApp::TrackEnded() {}
+// --- The MP3 decoder ---------------------------------------------------------------------
+// Before a track changes, the MP3 decoder is bound to its frame back-end again.
+void PlayerApp::RebindMp3BackEnd() {}
 
 // --- Keys and the key filter -----------------------------------------------------------
 void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
@@ -28,6 +26,8 @@ void PlayerApp::RebuildBookmarkMenu() {}
 
 // --- Alarm and sleep timer ---------------------------------------------------------------
 void PlayerApp::OnAlarm() {}
+// Each step to the next track re-arms the alarm.
+void PlayerApp::RearmAlarm() {}
 void PlayerApp::SleepTimerTick() {}
 
 }  // namespace shell

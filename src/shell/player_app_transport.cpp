@@ -52,12 +52,6 @@ std::int32_t PlayerApp::PositionMs() {
   return static_cast<std::int32_t>(position);
 }
 
-void PlayerApp::Stop() {
-  if (currentDecoder == nullptr) return;
-  currentDecoder->Stop();
-  currentDecoder->Close();
-}
-
 void PlayerApp::TogglePause() {
   if (currentDecoder != nullptr) currentDecoder->TogglePause();
 }
