@@ -56,6 +56,15 @@ std::string Riff(std::initializer_list<std::string> chunks) {
   return "RIFF" + Le32(static_cast<std::uint32_t>(body.size())) + body;
 }
 
+std::string PcmWav(const std::vector<std::int16_t>& samples, std::uint32_t rate, std::uint16_t channels) {
+  std::string data;
+  data.reserve(samples.size() * 2);
+  for (const std::int16_t sample : samples) data += Le16(static_cast<std::uint16_t>(sample));
+  const auto blockAlign = static_cast<std::uint16_t>(channels * 2);
+  return Riff({Chunk("fmt ", FormatFields(1, channels, rate, rate * blockAlign, blockAlign, 16)),
+               Chunk("data", data)});
+}
+
 std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
                          std::uint32_t bytesPerSecond, std::uint16_t blockAlign, std::uint16_t bits) {
   return Le16(tag) + Le16(channels) + Le32(rate) + Le32(bytesPerSecond) + Le16(blockAlign) + Le16(bits);

@@ -31,6 +31,9 @@ std::string Riff(std::initializer_list<std::string> chunks);
 std::string FormatFields(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
                          std::uint32_t bytesPerSecond, std::uint16_t blockAlign, std::uint16_t bits);
 
+// A whole 16-bit PCM file of interleaved `samples`.
+std::string PcmWav(const std::vector<std::int16_t>& samples, std::uint32_t rate, std::uint16_t channels);
+
 // The fmt and data bodies of a file that has them (walked the simple way).
 struct WavParts {
   std::string format;

@@ -1,0 +1,64 @@
+// One run of the render tool: the real PlayerApp, headless, playing the
+// input into an unpaced capture device that records only what the streams
+// carried, until the list has played out (or the time limit is reached).
+//
+// The end of a run: the message queue is empty, the current decoder is
+// stopped, no stream is left in the output and every capture device has
+// gone idle (an engine stops its device only once it has played all it was
+// given, so nothing is still on its way). A decoder that reports playing
+// while nothing sounds and nothing arrives for kStallSeconds ends the run
+// too: that is a track whose stream couldn't open, which the player would
+// sit on silently.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "feed_gate.h"
+#include "headless_shell.h"
+#include "platform/wave_out_capture.h"
+#include "render_options.h"
+
+namespace shell {
+class PlayerApp;
+}
+
+namespace render {
+
+class RenderSession {
+ public:
+  static constexpr int kStallSeconds = 30;
+
+  // `driver` must be the process's wave driver, and `gate` the one its
+  // devices ask: the session points it at the player's output while it runs.
+  RenderSession(const RenderOptions& options, std::shared_ptr<platform::CaptureDriver> driver, FeedGate& gate,
+                std::FILE* report);
+  // 0 on success, 1 when the player couldn't start or the output couldn't be written.
+  int Run(const std::string& registryFile);
+
+ private:
+  void ApplyOptions(shell::PlayerApp& app);
+  bool Finished(shell::PlayerApp& app);
+  void ReportTrack(shell::PlayerApp& app, std::uint32_t lengthMs, std::uint32_t sampleRate);
+  std::uint64_t RecordedFrames() const;
+  double RecordedSeconds() const;
+  bool WriteOutput();
+
+  const RenderOptions& options;
+  std::shared_ptr<platform::CaptureDriver> driver;
+  FeedGate& gate;
+  std::FILE* report;
+  HeadlessWindowSystem windows;
+  NoInstanceLink instances;
+  NoLanguagePacks packs;
+  int tracks = 0;
+  std::uint64_t lastFrames = 0;
+  std::chrono::steady_clock::time_point lastProgress;
+  double renderedSeconds = 0;
+};
+
+}  // namespace render
