@@ -1,0 +1,336 @@
+// Transport through the real pipeline: WAV files the test writes, the
+// application's own decoders, list and output, and a capture device that
+// records what the engine played (the silence of track changes included),
+// as fast as the decoders feed it (the render tool's feed gate).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "decoders/wav_test_files.h"
+#include "feed_gate.h"
+#include "platform/wave_out.h"
+#include "platform/wave_out_capture.h"
+#include "playback/media_decoder.h"
+#include "playback/playback_settings.h"
+#include "player_app_fixture.h"
+#include "shell/window_messages.h"
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+using namespace shell;
+
+constexpr std::uint32_t kRate = 8000;
+constexpr std::size_t kTrackFrames = 12000;  // 1.5 s: longer than the one-second prefill
+
+// Track `k`: stereo, every value in the band 1000 + 3000k to 1500 + 3000k.
+// No sample is quiet enough to be trimmed, and the sum of two tracks
+// sounding at once lies in no band.
+Samples TrackSamples(int k, std::size_t frames) {
+  Samples samples(frames * 2);
+  for (std::size_t i = 0; i < samples.size(); ++i)
+    samples[i] = static_cast<std::int16_t>(1000 + 3000 * k + static_cast<int>(i * 7 % 501));
+  return samples;
+}
+
+// The track a sample belongs to; -1 for silence, -2 for a value of no track.
+int TrackOf(std::int16_t sample) {
+  if (sample == 0) return -1;
+  const int k = (sample - 1000) / 3000;
+  return sample >= 1000 && sample - 3000 * k <= 1500 ? k : -2;
+}
+
+// The tracks in the order they sounded, each stretch counted once.
+std::vector<int> TrackSequence(const Samples& samples) {
+  std::vector<int> order;
+  for (const std::int16_t sample : samples) {
+    const int k = TrackOf(sample);
+    if (k != -1 && (order.empty() || order.back() != k)) order.push_back(k);
+  }
+  return order;
+}
+
+// `samples` without the frames in which both channels are silent: what the
+// engine plays while no stream sounds, and the padding of a stream's last block.
+Samples WithoutSilentFrames(const Samples& samples) {
+  Samples sounding;
+  for (std::size_t i = 0; i + 1 < samples.size(); i += 2) {
+    if (samples[i] != 0 || samples[i + 1] != 0) sounding.insert(sounding.end(), {samples[i], samples[i + 1]});
+  }
+  return sounding;
+}
+
+class TransportTest : public shell_testing::PlayerAppTest {
+ protected:
+  void SetUp() override {
+    PlayerAppTest::SetUp();
+    platform::CaptureOptions capture;
+    capture.applyVolume = false;
+    capture.feedReady = [this] { return gate.Ready(); };
+    driver = std::make_shared<platform::CaptureDriver>(capture);
+    platform::SetWaveOutDriver(driver);
+    Start();
+    gate.Watch(&app->Output());
+    SetOptions(false, false);  // after the settings load, which brings the stored ones
+    app->Settings().skipSeconds = 10;
+  }
+  void TearDown() override {
+    gate.Watch(nullptr);
+    PlayerAppTest::TearDown();
+    SetOptions(true, true);
+    playback::PlaybackSettings::Write(playback::Playback().trimSilence, true);
+    platform::SetWaveOutDriver(nullptr);
+  }
+  static void SetOptions(bool crossfade, bool gapless) {
+    playback::PlaybackSettings& options = playback::Playback();
+    playback::PlaybackSettings::Write(options.crossfade, crossfade);
+    playback::PlaybackSettings::Write(options.gapless, gapless);
+    playback::PlaybackSettings::Write(options.trimSilence, false);
+  }
+
+  std::string WriteTrack(const std::string& name, const Samples& samples) {
+    const std::string path = Root().File(name);
+    testing_support::WriteFile(path, wav_testing::PcmWav(samples, kRate, 2));
+    return path;
+  }
+  // Tracks 0 to count - 1, written and put in the list.
+  std::vector<Samples> MakeList(int count, std::size_t frames = kTrackFrames) {
+    std::vector<Samples> tracks;
+    for (int k = 0; k < count; ++k) {
+      tracks.push_back(TrackSamples(k, frames));
+      app->Playlist().AddEntry(WriteTrack("track" + std::to_string(k) + ".wav", tracks.back()));
+    }
+    return tracks;
+  }
+
+  // Tracks 0 to count - 1 in a list file, opened as the user opens one.
+  std::vector<Samples> OpenList(int count) {
+    std::vector<Samples> tracks;
+    std::string list = "#EXTM3U\n";
+    for (int k = 0; k < count; ++k) {
+      tracks.push_back(TrackSamples(k, kTrackFrames));
+      list += WriteTrack("track" + std::to_string(k) + ".wav", tracks.back()) + "\n";
+    }
+    testing_support::WriteFile(Root().File("list.m3u"), list);
+    app->OpenMedia(Root().File("list.m3u"), false);
+    return tracks;
+  }
+
+  // Runs the window's messages until `done` holds; false only on a hang.
+  bool RunUntil(const std::function<bool()>& done, int limitMs = 30000) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > deadline) return false;
+      Window().queue.WaitAndDispatch(2);
+    }
+    return true;
+  }
+  // Nothing plays, nothing is queued, and every device has played all it was given.
+  bool PlayedOut() {
+    if (Window().queue.PendingCount() != 0 || app->DecoderState() != playback::kStateStopped ||
+        app->Output().StreamCount() != 0)
+      return false;
+    const auto taps = driver->Taps();
+    return std::all_of(taps.begin(), taps.end(), [](const auto& tap) { return tap->IsPaused(); });
+  }
+  Samples Captured() {
+    Samples all;
+    for (const auto& tap : driver->Taps()) {
+      const Samples recorded = tap->Samples();
+      all.insert(all.end(), recorded.begin(), recorded.end());
+    }
+    return all;
+  }
+  int HandledCount(std::uint32_t message) {
+    return static_cast<int>(std::count(app->handled.begin(), app->handled.end(), message));
+  }
+
+  render::FeedGate gate;
+  std::shared_ptr<platform::CaptureDriver> driver;
+};
+
+// A three-track list opened as the user opens it plays to its end and
+// stops there. Without gapless play each track drains before the next
+// starts, so every track is heard whole, in order, with only silence between
+// (the last sample of each goes with the tail trim that the end of the
+// prefill armed).
+TEST_F(TransportTest, AListPlaysEachTrackWholeInOrderToItsEnd) {
+  const std::vector<Samples> tracks = OpenList(3);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+
+  EXPECT_EQ(HandledCount(kMessageTrackEnded), 3);
+  EXPECT_EQ(app->Playlist().CurrentIndex(), 2);
+  EXPECT_EQ(Window().skin.title, "track2 (0:01)");
+  EXPECT_EQ(Window().skin.length, 1500u);
+  EXPECT_EQ(Window().skin.sampleRate, kRate);
+  Samples expected;
+  for (Samples track : tracks) {
+    track.back() = 0;
+    expected.insert(expected.end(), track.begin(), track.end());
+  }
+  EXPECT_EQ(WithoutSilentFrames(Captured()), expected);
+}
+
+// With gapless play each track continues the stream of the one before (and
+// the hand-over drops what of the old track was still queued); at the end of
+// the list the application ends that stream, so the last track plays out
+// whole and the stream goes.
+TEST_F(TransportTest, AGaplessListEndsTheLastStreamAtItsEnd) {
+  SetOptions(false, true);
+  const std::vector<Samples> tracks = OpenList(3);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+
+  EXPECT_EQ(HandledCount(kMessageTrackEnded), 3);
+  EXPECT_EQ(app->Output().StreamCount(), 0);
+  const Samples sound = WithoutSilentFrames(Captured());
+  const std::vector<int> order = TrackSequence(sound);
+  ASSERT_FALSE(order.empty());
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()) && order.back() == 2) << testing::PrintToString(order);
+  Samples tail = tracks[2];
+  tail.back() = 0;
+  ASSERT_GE(sound.size(), tail.size());
+  EXPECT_TRUE(std::equal(tail.begin(), tail.end(), sound.end() - static_cast<std::ptrdiff_t>(tail.size())));
+}
+
+TEST_F(TransportTest, StepsWhileStoppedOnlyMoveTheSelectionAndTheTitle) {
+  MakeList(3);
+  Send(kMessageNext, 0);
+  EXPECT_EQ(app->Playlist().CurrentIndex(), 1);
+  EXPECT_EQ(Window().skin.title, "track1");
+  Send(kMessageNext, 0);
+  Send(kMessagePrevious);
+  EXPECT_EQ(app->Playlist().CurrentIndex(), 1);
+  EXPECT_EQ(app->DecoderState(), playback::kStateStopped);
+  EXPECT_TRUE(driver->Taps().empty()) << "nothing played";
+}
+
+TEST_F(TransportTest, NextAtTheEndWithoutRepeatStopsAndPlaysNothingMore) {
+  SetOptions(false, true);
+  MakeList(2, 40000);
+  Send(kMessageNext, 0);
+  Send(kMessagePlay, 1);
+  ASSERT_TRUE(RunUntil([&] { return !Captured().empty(); }));
+  Send(kMessageNext, 0);
+  EXPECT_EQ(app->DecoderState(), playback::kStateStopped);
+  EXPECT_EQ(app->Playlist().CurrentIndex(), 1);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+  EXPECT_EQ(TrackSequence(Captured()), (std::vector<int>{1}));
+}
+
+// The decoder posted its end of track before the user stopped it: the
+// message still counts when it comes, so the list steps on and the next
+// track plays, and the list then ends as usual.
+TEST_F(TransportTest, AnEndOfTrackQueuedBeforeAStopStillStepsOn) {
+  MakeList(2);
+  Send(kMessagePlay, 0);
+  ASSERT_TRUE(Window().queue.WaitFor(kMessageTrackEnded, 30000));
+  Send(kMessageStop);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+  EXPECT_EQ(HandledCount(kMessageTrackEnded), 2);
+  EXPECT_EQ(app->Playlist().CurrentIndex(), 1);
+  EXPECT_EQ(TrackSequence(Captured()), (std::vector<int>{0, 1}));
+}
+
+// Entries that no decoder takes or that don't open are tried once each, in
+// order, one posted step apiece; a file cut short plays what it has and the
+// walk goes on; at the end of the list it stops without wrapping.
+TEST_F(TransportTest, DeadEntriesAreWalkedOnceEachAndTheListEndsSilently) {
+  Send(kMessageSetRepeat, 1);  // an automatic step ignores it; the last entry is dead
+  const Samples cut = TrackSamples(0, kTrackFrames);
+  std::string bytes = testing_support::ReadFile(WriteTrack("cut.wav", cut));
+  testing_support::WriteFile(Root().File("cut.wav"), bytes.substr(0, bytes.size() / 2));
+  testing_support::WriteFile(Root().File("text.wav"), "not a wave file at all");
+  const Samples good = TrackSamples(1, kTrackFrames);
+  playlist::PlaylistView& list = app->Playlist();
+  for (const std::string& path : {Root().File("missing.wav"), Root().File("cut.wav"), Root().File("text.wav"),
+                                  Root().File("song.xyz"), WriteTrack("good.wav", good), Root().File("gone.wav")})
+    list.AddEntry(path);
+
+  Send(kMessagePlay, 0);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+  EXPECT_EQ(HandledCount(kMessageNext), 4);
+  EXPECT_EQ(HandledCount(kMessageTrackEnded), 2);
+  EXPECT_EQ(list.CurrentIndex(), 5);
+  for (int i = 2; i < list.ItemCount(); ++i) EXPECT_GT(list.PlayStampAt(i), list.PlayStampAt(i - 1)) << i;
+  EXPECT_EQ(TrackSequence(Captured()), (std::vector<int>{0, 1}));
+}
+
+// Back nearer the start than one step does nothing; forward may ask for a
+// place past the end, which the decoder takes as one second before it.
+TEST_F(TransportTest, SkipsStepFromThePositionAndBackNearTheStartDoesNothing) {
+  driver = std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{platform::CapturePace::kStepped});
+  platform::SetWaveOutDriver(driver);  // held: the position moves only by seeks
+  MakeList(1, 80000);                  // 10 s
+  Send(kMessagePlay, 0);
+  ASSERT_TRUE(RunUntil([&] { return app->Output().StreamCount() != 0; })) << "the decoder has its stream";
+  Send(kMessageSeek, 3000);
+  ASSERT_EQ(app->PositionMs(), 3000);
+  Window().skin.message.clear();
+  Send(kMessageRewind);
+  EXPECT_EQ(app->PositionMs(), 3000);
+  EXPECT_EQ(Window().skin.message, "");
+  Send(kMessageFastForward);
+  EXPECT_EQ(Window().skin.message, "Seek to 00:13");
+  EXPECT_EQ(Window().timers.Period(kTimerStatus), 1500u);
+  EXPECT_EQ(app->PositionMs(), 9000);
+  Send(kMessageStop);
+}
+
+// Transport messages fired at random at a playing list, from another thread
+// as workers and the instance link post them, while the window thread
+// handles them and the tracks end by themselves. Nothing may hang, and with
+// crossfade off no two tracks may ever sound at once: every captured sample
+// belongs to one track.
+class TransportStressTest : public TransportTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
+  SetOptions(false, GetParam());
+  Send(kMessageSetRepeat, 1);
+  MakeList(3);
+  constexpr std::uint32_t kMessages[] = {kMessagePlay,        kMessageStop,   kMessageTogglePause,
+                                         kMessageNext,        kMessagePrevious, kMessageSeek,
+                                         kMessagePlayPause,   kMessageFastForward, kMessageRewind};
+  std::mt19937 random(20240611u + (GetParam() ? 1u : 0u));
+  struct Step {
+    platform::Message message;
+    int pauseMicroseconds;
+  };
+  std::vector<Step> script;
+  for (int i = 0; i < 400; ++i) {
+    const std::uint32_t id = random() % 16 == 0 ? kMessageCommand : kMessages[random() % std::size(kMessages)];
+    const std::uintptr_t wParam = id == kMessageCommand ? std::uintptr_t{kCommandPlayStop}
+                                  : id == kMessageSeek  ? random() % 2000
+                                                        : random() % 2;
+    const int pause = random() % 3 == 0 ? static_cast<int>(random() % 3000) : 0;
+    script.push_back(Step{platform::Message{id, wParam, 0, nullptr}, pause});
+  }
+  std::atomic<bool> posted{false};
+  std::thread poster([&] {
+    for (Step& step : script) {
+      Window().queue.Post(std::move(step.message));
+      std::this_thread::sleep_for(std::chrono::microseconds(step.pauseMicroseconds));
+    }
+    posted = true;
+  });
+  const bool handled = RunUntil([&] { return posted && Window().queue.PendingCount() == 0; });
+  poster.join();
+  ASSERT_TRUE(handled);
+  Send(kMessageStop);
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
+
+  const Samples sound = Captured();
+  EXPECT_FALSE(sound.empty());
+  const auto stray = std::find_if(sound.begin(), sound.end(), [](std::int16_t s) { return TrackOf(s) == -2; });
+  EXPECT_EQ(stray, sound.end()) << "a sample of two tracks at " << (stray - sound.begin()) << ": " << *stray;
+}
+
+INSTANTIATE_TEST_SUITE_P(GaplessOnAndOff, TransportStressTest, ::testing::Bool());
+
+}  // namespace
