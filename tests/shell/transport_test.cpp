@@ -132,13 +132,25 @@ class TransportTest : public shell_testing::PlayerAppTest {
     }
     return true;
   }
-  // Nothing plays, nothing is queued, and every device has played all it was given.
+  // Nothing plays, nothing is queued, and every device has played all it
+  // was given: it was paused, or it holds no buffer and has recorded nothing
+  // for a while (a resume after a stop restarts a device the engine had
+  // already put to sleep).
   bool PlayedOut() {
+    const auto now = std::chrono::steady_clock::now();
+    std::size_t recorded = 0;
+    for (const auto& tap : driver->Taps()) recorded += tap->SampleCount();
+    if (recorded != lastRecorded) {
+      lastRecorded = recorded;
+      lastRecording = now;
+    }
     if (Window().queue.PendingCount() != 0 || app->DecoderState() != playback::kStateStopped ||
         app->Output().StreamCount() != 0)
       return false;
+    const bool quiet = now - lastRecording > std::chrono::milliseconds(100);
     const auto taps = driver->Taps();
-    return std::all_of(taps.begin(), taps.end(), [](const auto& tap) { return tap->IsPaused(); });
+    return std::all_of(taps.begin(), taps.end(),
+                       [&](const auto& tap) { return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0); });
   }
   Samples Captured() {
     Samples all;
@@ -153,6 +165,8 @@ class TransportTest : public shell_testing::PlayerAppTest {
   }
 
   render::FeedGate gate;
+  std::size_t lastRecorded = 0;
+  std::chrono::steady_clock::time_point lastRecording;
   std::shared_ptr<platform::CaptureDriver> driver;
 };
 

@@ -132,7 +132,11 @@ bool RenderSession::Finished(shell::PlayerApp& app) {
   if (app.DecoderState() != playback::kStateStopped)
     return now - lastProgress > std::chrono::seconds(kStallSeconds);
   for (const auto& tap : driver->Taps()) {
-    if (!tap->IsPaused()) return false;  // still playing out what it was given
+    // Still playing out what it was given? A device that holds nothing and
+    // has recorded nothing for a moment is done too: a resume after a stop
+    // restarts a device the engine had already put to sleep.
+    const bool quiet = now - lastProgress > kQuiet;
+    if (!tap->IsPaused() && !(quiet && tap->QueuedBuffers() == 0)) return false;
   }
   return true;
 }

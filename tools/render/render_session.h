@@ -32,6 +32,7 @@ namespace render {
 class RenderSession {
  public:
   static constexpr int kStallSeconds = 30;
+  static constexpr std::chrono::milliseconds kQuiet{100};
 
   // `driver` must be the process's wave driver, and `gate` the one its
   // devices ask: the session points it at the player's output while it runs.
