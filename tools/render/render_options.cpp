@@ -28,10 +28,10 @@ const char* const kUsage =
     "  --seconds N             stop after N seconds of audio (for radio streams)\n"
     "  --help                  this text\n"
     "\n"
-    "The file holds what the sound card would have played while a track\n"
-    "sounded; the silence the device plays between tracks is left out. With\n"
-    "crossfade and gapless off the output is the tracks' samples one after the\n"
-    "other. Tracks at another sample rate than the first go to OUTPUT-<rate>.wav.\n";
+    "The file holds what the sound card would have played, the short silence\n"
+    "of each change of track included. With crossfade, gapless and trimming\n"
+    "off the sounding parts are the tracks' samples one after the other.\n"
+    "Tracks at another sample rate than the first go to OUTPUT-<rate>.wav.\n";
 
 namespace {
 

@@ -1,11 +1,13 @@
 // One run of the render tool: the real PlayerApp, headless, playing the
-// input into an unpaced capture device that records only what the streams
-// carried, until the list has played out (or the time limit is reached).
+// input into an unpaced capture device, held to the decoders' pace by the
+// feed gate, that records all it plays, until the list has played out (or
+// the time limit is reached).
 //
 // The end of a run: the message queue is empty, the current decoder is
 // stopped, no stream is left in the output and every capture device has
 // gone idle (an engine stops its device only once it has played all it was
-// given, so nothing is still on its way). A decoder that reports playing
+// given, so nothing is still on its way), or holds nothing and has been
+// quiet for kQuiet. A decoder that reports playing
 // while nothing sounds and nothing arrives for kStallSeconds ends the run
 // too: that is a track whose stream couldn't open, which the player would
 // sit on silently.
