@@ -230,7 +230,7 @@ TEST_F(TransportTest, NextAtTheEndWithoutRepeatStopsAndPlaysNothingMore) {
   MakeList(2, 40000);
   Send(kMessageNext, 0);
   Send(kMessagePlay, 1);
-  ASSERT_TRUE(RunUntil([&] { return !Captured().empty(); }));
+  ASSERT_TRUE(RunUntil([&] { return !TrackSequence(Captured()).empty(); })) << "track 1 sounds";
   Send(kMessageNext, 0);
   EXPECT_EQ(app->DecoderState(), playback::kStateStopped);
   EXPECT_EQ(app->Playlist().CurrentIndex(), 1);
