@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -294,6 +296,47 @@ TEST_F(TransportTest, SkipsStepFromThePositionAndBackNearTheStartDoesNothing) {
   EXPECT_EQ(Window().skin.message, "Seek to 00:13");
   EXPECT_EQ(Window().timers.Period(kTimerStatus), 1500u);
   EXPECT_EQ(app->PositionMs(), 9000);
+  Send(kMessageStop);
+}
+
+// The volume keys through a device that applies its volume as it plays:
+// mute silences both channels at once; an unmute with no step in between
+// brings the left channel back and leaves the right one silent, as the mute
+// has always done.
+TEST_F(TransportTest, MuteSilencesTheDeviceAndAnUnmuteBringsBackOnlyTheLeftChannel) {
+  platform::CaptureOptions stepped;
+  stepped.pace = platform::CapturePace::kStepped;  // and the volume applied
+  driver = std::make_shared<platform::CaptureDriver>(stepped);
+  platform::SetWaveOutDriver(driver);
+  MakeList(1, 80000);
+  Send(kMessagePlay, 0);
+  ASSERT_TRUE(RunUntil([&] {
+    const auto taps = driver->Taps();
+    return !taps.empty() && taps[0]->QueuedBuffers() > 0;
+  }));
+  const std::shared_ptr<platform::CaptureTap> tap = driver->Taps()[0];
+  // One more buffer played, as heard; each channel's loudest sample of it.
+  const auto playOne = [&] {
+    EXPECT_TRUE(RunUntil([&] { return tap->QueuedBuffers() > 0; }));
+    const std::size_t before = tap->SampleCount();
+    tap->Advance(1);
+    const Samples all = tap->Samples();
+    std::array<int, 2> loudest{};
+    for (std::size_t i = before; i < all.size(); ++i)
+      loudest[i % 2] = std::max(loudest[i % 2], std::abs(static_cast<int>(all[i])));
+    return loudest;
+  };
+
+  std::array<int, 2> loud{};
+  for (int played = 0; played < 16 && loud[0] == 0; ++played) loud = playOne();  // past the primed silence
+  EXPECT_GT(loud[0], 0);
+  EXPECT_GT(loud[1], 0);
+  Send(kMessageMute);
+  EXPECT_EQ(playOne(), (std::array<int, 2>{0, 0}));
+  Send(kMessageMute);
+  const std::array<int, 2> back = playOne();
+  EXPECT_GT(back[0], 0);
+  EXPECT_EQ(back[1], 0);
   Send(kMessageStop);
 }
 
