@@ -151,7 +151,8 @@ void PlayerApp::CloseCurrent() {
 // there is none it gets its end mark, drains and is removed.
 void PlayerApp::EndLastStream() {
   playback::PlaybackSettings& options = playback::Playback();
-  if (!playback::PlaybackSettings::Read(options.gapless) || playback::PlaybackSettings::Read(options.crossfade))
+  if (!playback::PlaybackSettings::Read(options.gapless) ||
+      playback::PlaybackSettings::Read(options.crossfade))
     return;
   const std::uint32_t last = output.LastHandle();
   if (last != playback::kInvalidHandle) output.WriteStream(last, nullptr, 0);

@@ -76,7 +76,9 @@ class PlayerAppTest : public testing_support::IsolatedEnvironmentTest {
     return app->HandleMessage(platform::Message{id, wParam, lParam, nullptr});
   }
   std::intptr_t Command(std::uint32_t id) { return Send(shell::kMessageCommand, id); }
-  bool Stored(const char* name) { return registry->GetValue(kMachine, shell::kSettingsKeyPath, name).has_value(); }
+  bool Stored(const char* name) {
+    return registry->GetValue(kMachine, shell::kSettingsKeyPath, name).has_value();
+  }
   std::uint32_t StoredDword(const char* name) {
     std::uint32_t value = 0xDEADBEEF;
     settingsKey->ReadDword(name, value);

@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <random>
 #include <string>
@@ -151,8 +151,9 @@ class TransportTest : public shell_testing::PlayerAppTest {
       return false;
     const bool quiet = now - lastRecording > std::chrono::milliseconds(100);
     const auto taps = driver->Taps();
-    return std::all_of(taps.begin(), taps.end(),
-                       [&](const auto& tap) { return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0); });
+    return std::all_of(taps.begin(), taps.end(), [&](const auto& tap) {
+      return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0);
+    });
   }
   Samples Captured() {
     Samples all;
@@ -208,7 +209,8 @@ TEST_F(TransportTest, AGaplessListEndsTheLastStreamAtItsEnd) {
   const Samples sound = WithoutSilentFrames(Captured());
   const std::vector<int> order = TrackSequence(sound);
   ASSERT_FALSE(order.empty());
-  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()) && order.back() == 2) << testing::PrintToString(order);
+  EXPECT_TRUE(std::is_sorted(order.begin(), order.end()) && order.back() == 2)
+      << testing::PrintToString(order);
   Samples tail = tracks[2];
   tail.back() = 0;
   ASSERT_GE(sound.size(), tail.size());
@@ -265,8 +267,9 @@ TEST_F(TransportTest, DeadEntriesAreWalkedOnceEachAndTheListEndsSilently) {
   testing_support::WriteFile(Root().File("text.wav"), "not a wave file at all");
   const Samples good = TrackSamples(1, kTrackFrames);
   playlist::PlaylistView& list = app->Playlist();
-  for (const std::string& path : {Root().File("missing.wav"), Root().File("cut.wav"), Root().File("text.wav"),
-                                  Root().File("song.xyz"), WriteTrack("good.wav", good), Root().File("gone.wav")})
+  for (const std::string& path :
+       {Root().File("missing.wav"), Root().File("cut.wav"), Root().File("text.wav"), Root().File("song.xyz"),
+        WriteTrack("good.wav", good), Root().File("gone.wav")})
     list.AddEntry(path);
 
   Send(kMessagePlay, 0);
@@ -281,7 +284,8 @@ TEST_F(TransportTest, DeadEntriesAreWalkedOnceEachAndTheListEndsSilently) {
 // Back nearer the start than one step does nothing; forward may ask for a
 // place past the end, which the decoder takes as one second before it.
 TEST_F(TransportTest, SkipsStepFromThePositionAndBackNearTheStartDoesNothing) {
-  driver = std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{platform::CapturePace::kStepped});
+  driver =
+      std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{platform::CapturePace::kStepped});
   platform::SetWaveOutDriver(driver);  // held: the position moves only by seeks
   MakeList(1, 80000);                  // 10 s
   Send(kMessagePlay, 0);
@@ -351,9 +355,9 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
   SetOptions(false, GetParam());
   Send(kMessageSetRepeat, 1);
   MakeList(3);
-  constexpr std::uint32_t kMessages[] = {kMessagePlay,        kMessageStop,   kMessageTogglePause,
-                                         kMessageNext,        kMessagePrevious, kMessageSeek,
-                                         kMessagePlayPause,   kMessageFastForward, kMessageRewind};
+  constexpr std::uint32_t kMessages[] = {kMessagePlay,      kMessageStop,        kMessageTogglePause,
+                                         kMessageNext,      kMessagePrevious,    kMessageSeek,
+                                         kMessagePlayPause, kMessageFastForward, kMessageRewind};
   std::mt19937 random(20240611u + (GetParam() ? 1u : 0u));
   struct Step {
     platform::Message message;
@@ -361,7 +365,8 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
   };
   std::vector<Step> script;
   for (int i = 0; i < 400; ++i) {
-    const std::uint32_t id = random() % 16 == 0 ? kMessageCommand : kMessages[random() % std::size(kMessages)];
+    const std::uint32_t id =
+        random() % 16 == 0 ? kMessageCommand : kMessages[random() % std::size(kMessages)];
     const std::uintptr_t wParam = id == kMessageCommand ? std::uintptr_t{kCommandPlayStop}
                                   : id == kMessageSeek  ? random() % 2000
                                                         : random() % 2;
@@ -386,7 +391,8 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
 
   const Samples sound = Captured();
   EXPECT_FALSE(TrackSequence(sound).empty()) << "something played";
-  const auto stray = std::find_if(sound.begin(), sound.end(), [](std::int16_t s) { return TrackOf(s) == -2; });
+  const auto stray =
+      std::find_if(sound.begin(), sound.end(), [](std::int16_t s) { return TrackOf(s) == -2; });
   EXPECT_EQ(stray, sound.end()) << "a sample of two tracks at " << (stray - sound.begin()) << ": " << *stray;
 }
 

@@ -87,17 +87,19 @@ class RenderTest : public testing_support::IsolatedEnvironmentTest {
 TEST_F(RenderTest, AWavListRendersToTheTracksSamplesOneAfterTheOther) {
   const std::vector<Samples> tracks = {Track(0, 33075), Track(1, 11025), Track(2, 26000)};
   std::string list;
-  for (std::size_t k = 0; k < tracks.size(); ++k) list += WriteTrack("t" + std::to_string(k) + ".wav", tracks[k]) + "\n";
+  for (std::size_t k = 0; k < tracks.size(); ++k)
+    list += WriteTrack("t" + std::to_string(k) + ".wav", tracks[k]) + "\n";
   testing_support::WriteFile(Root().File("home/list.m3u"), list);
   platform::Registry user(Root().File("config/tavrinsonic/registry.reg"));
   ASSERT_NE(user.CreateKey(platform::RegistryRoot::LocalMachine, "SOFTWARE\\Halvorkeep\\Tavrinsonic"),
             platform::KeyDisposition::Failed);
-  ASSERT_TRUE(user.SetDword(platform::RegistryRoot::LocalMachine, "SOFTWARE\\Halvorkeep\\Tavrinsonic", "XBS", 2));
+  ASSERT_TRUE(
+      user.SetDword(platform::RegistryRoot::LocalMachine, "SOFTWARE\\Halvorkeep\\Tavrinsonic", "XBS", 2));
   const std::string settingsBefore = testing_support::ReadFile(user.FilePath());
 
   const std::string out = Root().File("home/out.wav");
-  const ToolRun run = Render("--crossfade off --gapless off --trim-silence off " + Root().File("home/list.m3u") +
-                             " " + out);
+  const ToolRun run =
+      Render("--crossfade off --gapless off --trim-silence off " + Root().File("home/list.m3u") + " " + out);
   ASSERT_EQ(run.status, 0) << run.output;
 
   std::vector<Samples> expected = tracks;
@@ -108,8 +110,10 @@ TEST_F(RenderTest, AWavListRendersToTheTracksSamplesOneAfterTheOther) {
   for (int k = 0; k < 3; ++k) EXPECT_NE(run.output.find("t" + std::to_string(k) + ".wav"), std::string::npos);
   EXPECT_NE(run.output.find("0:01.500"), std::string::npos) << run.output;
   EXPECT_NE(run.output.find("x real time"), std::string::npos) << run.output;
-  EXPECT_EQ(testing_support::ReadFile(user.FilePath()), settingsBefore) << "the user's settings stay as they were";
-  EXPECT_FALSE(std::filesystem::exists(Root().File("data/tavrinsonic"))) << "nothing was installed for the user";
+  EXPECT_EQ(testing_support::ReadFile(user.FilePath()), settingsBefore)
+      << "the user's settings stay as they were";
+  EXPECT_FALSE(std::filesystem::exists(Root().File("data/tavrinsonic")))
+      << "nothing was installed for the user";
 }
 
 TEST_F(RenderTest, TheLimitCutsTheAudioAndTheEqualizerOptionsReachTheFilters) {
@@ -130,8 +134,8 @@ TEST_F(RenderTest, TheLimitCutsTheAudioAndTheEqualizerOptionsReachTheFilters) {
 TEST_F(RenderTest, TheCommandLineIsCheckedAndDocumented) {
   const ToolRun help = Render("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char* option : {"--crossfade", "--gapless", "--trim-silence", "--equalizer", "--eq", "--extra-bass",
-                             "--seconds"})
+  for (const char* option :
+       {"--crossfade", "--gapless", "--trim-silence", "--equalizer", "--eq", "--extra-bass", "--seconds"})
     EXPECT_NE(help.output.find(option), std::string::npos) << option;
   EXPECT_EQ(Render("--crossfade maybe a.wav b.wav").status, 2);
   EXPECT_EQ(Render("--eq 1,2,3 a.wav b.wav").status, 2);

@@ -96,8 +96,8 @@ class NoInstanceLink : public shell::InstanceLink {
 // Every text is the built-in English one.
 class NoLanguagePacks : public shell::LanguagePackReader {
  public:
-  std::optional<std::map<std::string, std::string, std::less<>>> Read(const std::string&,
-                                                                      const std::vector<std::string>&) override {
+  std::optional<std::map<std::string, std::string, std::less<>>> Read(
+      const std::string&, const std::vector<std::string>&) override {
     return std::nullopt;
   }
 };
@@ -130,7 +130,8 @@ class HeadlessWindowSystem : public shell::WindowSystem {
   static constexpr int kPollMs = 5;
 
   shell::Rect WorkArea() override { return shell::Rect{0, 0, 176, 180}; }
-  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area, shell::PlayerApp& app) override;
+  std::unique_ptr<shell::MainWindow> CreateMainWindow(const shell::Rect& area,
+                                                      shell::PlayerApp& app) override;
   int RunMessageLoop() override;
   void PostQuit(int exitCode) override;
 

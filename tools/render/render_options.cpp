@@ -97,7 +97,8 @@ bool TakeValue(const std::string& option, const std::string& value, RenderOption
 
 }  // namespace
 
-std::optional<RenderOptions> ParseRenderOptions(const std::vector<std::string>& arguments, std::string& error) {
+std::optional<RenderOptions> ParseRenderOptions(const std::vector<std::string>& arguments,
+                                                std::string& error) {
   RenderOptions options;
   std::vector<std::string> positional;
   for (std::size_t i = 0; i < arguments.size(); ++i) {

@@ -30,6 +30,7 @@ extern const char* const kUsage;
 
 // Reads the arguments (without the program's name). On a mistake returns
 // nullopt and says what was wrong in `error`.
-std::optional<RenderOptions> ParseRenderOptions(const std::vector<std::string>& arguments, std::string& error);
+std::optional<RenderOptions> ParseRenderOptions(const std::vector<std::string>& arguments,
+                                                std::string& error);
 
 }  // namespace render

@@ -36,7 +36,8 @@ std::string FileForRate(const std::string& output, std::uint32_t rate) {
   const std::string suffix = "-" + std::to_string(rate);
   const std::size_t dot = output.rfind('.');
   const std::size_t slash = output.rfind('/');
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return output + suffix + ".wav";
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
+    return output + suffix + ".wav";
   return output.substr(0, dot) + suffix + output.substr(dot);
 }
 
@@ -55,9 +56,9 @@ int RenderSession::Run(const std::string& registryFile) {
     std::fprintf(stderr, "tavrinsonic-render: can't open the settings\n");
     return 1;
   }
-  const shell::ShellServices services{
-      registry, settingsKey, windows, instances, packs, [](std::uint32_t) { return std::nullopt; },
-      nullptr,  &volume};
+  const shell::ShellServices services{registry,  settingsKey, windows,
+                                      instances, packs,       [](std::uint32_t) { return std::nullopt; },
+                                      nullptr,   &volume};
   shell::PlayerApp app(services);
   if (!app.Init() || !app.CreateMainWindow(0, 0, shell::kSkinWidth, shell::kSkinHeight)) {
     std::fprintf(stderr, "tavrinsonic-render: the player couldn't start\n");
@@ -146,13 +147,15 @@ void RenderSession::ReportTrack(shell::PlayerApp& app, std::uint32_t lengthMs, s
   const int index = list.CurrentIndex();
   const std::string path = index >= 0 && index < list.ItemCount() ? list.PathAt(index) : options.input;
   ++tracks;
-  std::fprintf(report, "%3d  %s  %6u Hz  %s\n", tracks, LengthText(lengthMs).c_str(), sampleRate, path.c_str());
+  std::fprintf(report, "%3d  %s  %6u Hz  %s\n", tracks, LengthText(lengthMs).c_str(), sampleRate,
+               path.c_str());
   std::fflush(report);
 }
 
 std::uint64_t RenderSession::RecordedFrames() const {
   std::uint64_t frames = 0;
-  for (const auto& tap : driver->Taps()) frames += tap->SampleCount() / static_cast<std::size_t>(tap->Channels());
+  for (const auto& tap : driver->Taps())
+    frames += tap->SampleCount() / static_cast<std::size_t>(tap->Channels());
   return frames;
 }
 
