@@ -390,7 +390,6 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
   ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }, kHangMs));
 
   const Samples sound = Captured();
-  EXPECT_FALSE(TrackSequence(sound).empty()) << "something played";
   const auto stray =
       std::find_if(sound.begin(), sound.end(), [](std::int16_t s) { return TrackOf(s) == -2; });
   EXPECT_EQ(stray, sound.end()) << "a sample of two tracks at " << (stray - sound.begin()) << ": " << *stray;
