@@ -364,7 +364,7 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
     int pauseMicroseconds;
   };
   std::vector<Step> script;
-  for (int i = 0; i < 400; ++i) {
+  for (int i = 0; i < 250; ++i) {
     const std::uint32_t id =
         random() % 16 == 0 ? kMessageCommand : kMessages[random() % std::size(kMessages)];
     const std::uintptr_t wParam = id == kMessageCommand ? std::uintptr_t{kCommandPlayStop}
