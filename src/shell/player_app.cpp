@@ -71,6 +71,9 @@ PlayerApp::PlayerApp(const ShellServices& shellServices)
 PlayerApp::~PlayerApp() {
   services.instances.StopServing();
   language.LoadLanguage(0);
+  // The mixer may be inside the effect right now: it stops before the
+  // effect goes (a close that persisted first has done this already).
+  CloseOutput();
   output.SetEffect(nullptr);
   equalizer.reset();
   bookmarks.reset();
