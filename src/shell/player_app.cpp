@@ -71,11 +71,10 @@ PlayerApp::PlayerApp(const ShellServices& shellServices)
 PlayerApp::~PlayerApp() {
   services.instances.StopServing();
   language.LoadLanguage(0);
-  // The mixer may be inside the effect right now: it stops before the
-  // effect goes (a close that persisted first has done this already).
-  CloseOutput();
+  // The equalizer itself outlives the output (see the members): an engine's
+  // mixer may be inside the effect right now, and only the output's end
+  // joins the engines.
   output.SetEffect(nullptr);
-  equalizer.reset();
   bookmarks.reset();
   currentDecoder = &idleDecoder;
   playlist.StopInfoThread();
@@ -97,7 +96,6 @@ PlayerApp::~PlayerApp() {
   aacPlugin.reset();
   wavDecoder.reset();
   wavReader.reset();
-  netStream.reset();  // after every decoder that reads from it, before the window it posts to
   playlist.SetMainWindow(nullptr);
   playlist.SetDialogs(nullptr);
   skin = nullptr;
@@ -197,7 +195,6 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   LoadSettings();
   if (equalizer && settings.extraBassEnabled) equalizer->SetBassMode(settings.extraBassStrength);
   currentDecoder = &idleDecoder;
-  if (netStream) netStream->SetNotifyWindow(&window->Messages());
   skin =
       window->CreateSkin(kSkinWidth, kSkinHeight, platform::JoinPath(InstallDirectory(), "BaseSkin") + "/");
   if (skin == nullptr) return false;
@@ -276,7 +273,6 @@ void PlayerApp::SaveSettings() {
 // files. The native list (503) stays disabled but for the default list's load.
 void PlayerApp::SetUpFormats() {
   playback::FormatRegistry& formats = Formats();
-  netStream = std::make_unique<net::NetStream>();
   formats.AddExtension(playback::kFormatM3u, "m3u");
   formats.AddExtension(playback::kFormatPls, "pls");
   formats.AddExtension(playback::kFormatAsx, "asx");

@@ -278,13 +278,12 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   effects::EqualizerValues equalizerValues;
 
   playback::MediaDecoder idleDecoder;
+  // Goes after the output, whose engines run it as their effect until they end.
+  std::unique_ptr<effects::Equalizer> equalizer;
   playback::AudioOutput output;                           // the root: it opens no device itself
   playback::LockedFile sharedFile;                        // what decoders read local files through
   playback::MediaDecoder* currentDecoder = &idleDecoder;  // not owning
-  // Made before the decoders that read from it, so it outlives them.
-  std::unique_ptr<net::NetStream> netStream;
   std::unique_ptr<BookmarkStore> bookmarks;
-  std::unique_ptr<effects::Equalizer> equalizer;
   // The internet radio client of the MP3 and Ogg decoders; it goes after them.
   std::unique_ptr<net::NetStream> netStream;
   // MP3: the decoder goes before its back-end. To play, rebind the decoder
