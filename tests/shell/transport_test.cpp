@@ -155,6 +155,16 @@ class TransportTest : public shell_testing::PlayerAppTest {
       return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0);
     });
   }
+  // What PlayedOut looks at, for a failure's message.
+  std::string OutputState() {
+    std::string state = "decoder state " + std::to_string(app->DecoderState()) + ", streams " +
+                        std::to_string(app->Output().StreamCount()) + ", pending " +
+                        std::to_string(Window().queue.PendingCount());
+    for (const auto& tap : driver->Taps())
+      state += "; a device " + std::string(tap->IsPaused() ? "paused" : "running") + " holding " +
+               std::to_string(tap->QueuedBuffers()) + " buffers";
+    return state;
+  }
   Samples Captured() {
     Samples all;
     for (const auto& tap : driver->Taps()) {
@@ -387,7 +397,7 @@ TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
   poster.join();
   ASSERT_TRUE(handled);
   Send(kMessageStop);
-  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }, kHangMs));
+  ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }, kHangMs)) << OutputState();
 
   const Samples sound = Captured();
   const auto stray =
