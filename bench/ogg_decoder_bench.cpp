@@ -25,6 +25,7 @@
 #include "decoders/ogg_decoder.h"
 #include "platform/message_queue.h"
 #include "platform/wave_out_capture.h"
+#include "counting_output.h"
 #include "playback/audio_output.h"
 #include "playback/locked_file.h"
 #include "playback/playback_settings.h"
@@ -35,29 +36,7 @@ constexpr int kLinks = 15;
 constexpr double kSecondsPerLink = 4.0;
 constexpr double kSampleRate = 44100;
 
-// An output whose one stream takes every block at once and counts it.
-class CountingOutput final : public playback::AudioOutput {
- public:
-  std::uint32_t OpenStream(int, int, std::uint32_t rate, int channels, std::uint32_t) override {
-    capacity = rate * static_cast<std::uint32_t>(channels) * 2;
-    return 1;
-  }
-  int WriteStream(std::uint32_t, const std::int16_t* samples, std::uint32_t count) override {
-    if (samples != nullptr) written.fetch_add(count, std::memory_order_relaxed);
-    return 1;
-  }
-  std::uint32_t QueuedSamples(std::uint32_t) override { return 0; }
-  std::uint32_t QueueCapacity(std::uint32_t) override { return capacity; }
-  void ControlStream(std::uint32_t, int, std::uint32_t) override {}
-  void SetStreamParam(std::uint32_t, int, std::uint32_t) override {}
-  void FlushStream(std::uint32_t, std::uint32_t) override {}
-  std::uint32_t GetPlayedSamples(std::uint32_t) override { return 0; }
-
-  std::atomic<std::uint64_t> written{0};
-
- private:
-  std::uint32_t capacity = 0;
-};
+using bench_support::CountingOutput;
 
 struct OggFile {
   std::string folder;
