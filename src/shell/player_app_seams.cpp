@@ -10,10 +10,6 @@ namespace shell {
 // --- The list screen --------------------------------------------------------------------
 void PlayerApp::ScrollPlaylist(bool /*up*/) {}
 
-// --- The MP3 decoder ---------------------------------------------------------------------
-// Before a track changes, the MP3 decoder is bound to its frame back-end again.
-void PlayerApp::RebindMp3BackEnd() {}
-
 // --- Keys and the key filter -----------------------------------------------------------
 void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
 void PlayerApp::KeyUp(std::uint32_t /*key*/) {}

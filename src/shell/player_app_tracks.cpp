@@ -25,6 +25,7 @@
 // and this one, and that outcome is accepted.
 #include <cstdio>
 
+#include "decoders/mp3_decoder.h"
 #include "playback/audio_output.h"
 #include "playback/format_registry.h"
 #include "playback/format_summary.h"
@@ -99,6 +100,12 @@ void PlayerApp::Play(bool keepCurrent) {
 
 void PlayerApp::Stop() {
   StopAndCloseCurrent();
+}
+
+// Before a track changes, the MP3 decoder is bound to its frame back-end
+// again; a running decode thread keeps the one it started with.
+void PlayerApp::RebindMp3BackEnd() {
+  if (mp3Decoder) mp3Decoder->SetBackEnd(mp3BackEnd.get());
 }
 
 // An automatic step (a dead entry, a silent server) goes to the following
