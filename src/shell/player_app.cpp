@@ -256,7 +256,7 @@ void PlayerApp::PostClose() {
 }
 
 SettingsTargets PlayerApp::Targets() {
-  return SettingsTargets{settings, playlist.Settings(), equalizerValues, playback::Playback(),
+  return SettingsTargets{settings, playlist.Settings(), equalizerSettings, playback::Playback(),
                          skin::Actions()};
 }
 
@@ -355,7 +355,7 @@ void PlayerApp::PushStateToMenuAndSkin() {
   if (skin != nullptr) {
     skin->SetVolume(faceVolume);
     skin->SetExtraBass(settings.extraBassEnabled);
-    skin->SetEqualizer(equalizerValues.enabled != 0);
+    skin->SetEqualizer(equalizerSettings.GetEnabled() != 0);
   }
 }
 

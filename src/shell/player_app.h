@@ -28,7 +28,7 @@
 #include <string>
 #include <vector>
 
-#include "effects/equalizer_values.h"
+#include "effects/equalizer_settings.h"
 #include "platform/message_target.h"
 #include "playback/audio_output.h"
 #include "playback/locked_file.h"
@@ -137,7 +137,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   AppSettings& Settings() { return settings; }
   playlist::PlaylistSettings& ListSettings() { return playlist.Settings(); }
   playlist::PlaylistView& Playlist() { return playlist; }
-  effects::EqualizerValues& EqualizerSettings() { return equalizerValues; }
+  effects::EqualizerSettings& EqualizerSettings() { return equalizerSettings; }
   MenuBar& Menu() { return menuBar; }
   MainWindow* Window() { return window.get(); }
   SkinDisplay* Skin() { return skin; }
@@ -275,7 +275,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   // Persistent fields and the objects whose fields the settings fill.
   AppSettings settings;
   playlist::PlaylistView playlist;
-  effects::EqualizerValues equalizerValues;
+  effects::EqualizerSettings equalizerSettings;
 
   playback::MediaDecoder idleDecoder;
   // Goes after the output, whose engines run it as their effect until they end.

@@ -2,6 +2,7 @@
 //
 // The transport state isn't held here: it is always asked of the decoder.
 // With no current decoder the state counts as stopped, the length as 0.
+#include <array>
 #include <cstdio>
 
 #include "effects/equalizer.h"
@@ -143,16 +144,20 @@ void PlayerApp::RefreshTitle() {
 // The user's values reach the filters; the face shows what the user wants,
 // even when the option for WMA and Ogg keeps the filters off.
 void PlayerApp::ApplyEqualizer() {
+  std::uint32_t enabled = 0;
+  std::array<std::int32_t, effects::kBandCount> bands{};
+  std::int32_t preamp = 0;
+  equalizerSettings.GetValues(enabled, bands, preamp);
   if (equalizer) {
-    equalizer->SetBands(equalizerValues.preamp, equalizerValues.bands);
-    equalizer->SetEnabled(equalizerValues.enabled);
+    equalizer->SetBands(preamp, bands);
+    equalizer->SetEnabled(enabled);
     if (settings.disableEqForWmaOgg) equalizer->SetEnabled(0);
   }
-  if (skin != nullptr) skin->SetEqualizer(equalizerValues.enabled != 0);
+  if (skin != nullptr) skin->SetEqualizer(enabled != 0);
 }
 
 void PlayerApp::ToggleEqualizer() {
-  equalizerValues.enabled = equalizerValues.enabled != 0 ? 0 : 1;
+  equalizerSettings.SetEnabled(equalizerSettings.GetEnabled() != 0 ? 0 : 1);
   ApplyEqualizer();
 }
 

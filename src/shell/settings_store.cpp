@@ -1,5 +1,6 @@
 #include "shell/settings_store.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -53,6 +54,7 @@ enum Flag2Bit : std::uint32_t {
 constexpr std::uint32_t kRepeatEnabledBit = 0x8000;
 constexpr std::size_t kKeysBytes = 2 * skin::kActionRowCount;
 constexpr std::size_t kEqualizerBytes = 12;
+using EqualizerBytes = std::array<unsigned char, kEqualizerBytes>;
 
 std::uint32_t ReadLe32(const unsigned char* bytes) {
   return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
@@ -88,6 +90,15 @@ void WriteDword(Registry& registry, std::string_view name, std::uint32_t value) 
 void WriteBinary(Registry& registry, std::string_view name, const void* data, std::size_t size) {
   registry.SetValue(kRoot, kSettingsKeyPath, name, static_cast<std::uint32_t>(RegistryType::Binary),
                     data, size);
+}
+
+// The stored Equalizer value: ten band positions, the preamp and a zero byte.
+EqualizerBytes PackEqualizer(const effects::EqualizerValues& values) {
+  EqualizerBytes bytes{};
+  for (int band = 0; band < effects::kBandCount; ++band)
+    bytes[band] = static_cast<unsigned char>(values.bands[band]);
+  bytes[effects::kBandCount] = static_cast<unsigned char>(values.preamp);
+  return bytes;
 }
 
 void SetPlaybackFlag(std::atomic<std::uint32_t>& word, bool on) {
@@ -167,7 +178,7 @@ WindowFlags PackWindowFlags(const SettingsTargets& t) {
   if (t.playlist.displayMode == 2) displayBit = kDisplayFileName;
   if (t.playlist.displayMode == 3) displayBit = kDisplayFullPath;
   packed.flags = bit(app.spareFlagA, kSpareA) | bit(app.keepKeysWhenInactive, kKeepKeysWhenInactive) |
-                 bit(t.equalizer.enabled != 0, kEqualizerEnabled) | bit(app.keepDisplayOn, kKeepDisplayOn) |
+                 bit(t.equalizer.GetEnabled() != 0, kEqualizerEnabled) | bit(app.keepDisplayOn, kKeepDisplayOn) |
                  bit(app.enqueueOnOpen, kEnqueueOnOpen) | bit(t.playlist.pickerOption != 0, kPickerOption) |
                  displayBit | bit(t.playlist.showNumbers != 0, kShowNumbers) |
                  bit(app.lockKeepsDisplayKey, kLockKeepsDisplayKey) | bit(app.spareFlagD, kSpareD) |
@@ -193,7 +204,7 @@ bool LoadSettings(Registry& registry, const SettingsTargets& t, SettingsHooks* h
 
   // 3, 4. A missing WndSettings alone makes a first run. flags2 is taken from
   // the buffer whatever the stored length, so a 4-byte value reads it as 0.
-  std::uint32_t equalizerEnabled = t.equalizer.enabled;
+  std::uint32_t equalizerEnabled = t.equalizer.GetEnabled();
   unsigned char windowBytes[8] = {};
   if (!ReadInto(registry, "WndSettings", windowBytes, sizeof windowBytes)) {
     if (hooks != nullptr) {
@@ -253,14 +264,11 @@ bool LoadSettings(Registry& registry, const SettingsTargets& t, SettingsHooks* h
   // Equalizer: ten band positions, the preamp and a zero byte. The enabled
   // flag of WndSettings goes with it, so without this value the equalizer
   // keeps its own defaults, flag included.
-  unsigned char equalizerBytes[kEqualizerBytes] = {};
-  for (int band = 0; band < effects::kBandCount; ++band)
-    equalizerBytes[band] = static_cast<unsigned char>(t.equalizer.bands[band]);
-  equalizerBytes[10] = static_cast<unsigned char>(t.equalizer.preamp);
-  if (ReadInto(registry, "Equalizer", equalizerBytes, sizeof equalizerBytes)) {
-    for (int band = 0; band < effects::kBandCount; ++band) t.equalizer.bands[band] = equalizerBytes[band];
-    t.equalizer.preamp = equalizerBytes[10];
-    t.equalizer.enabled = equalizerEnabled;
+  EqualizerBytes equalizerBytes = PackEqualizer(t.equalizer.Values());
+  if (ReadInto(registry, "Equalizer", equalizerBytes.data(), equalizerBytes.size())) {
+    effects::EqualizerSettings::SliderValues sliders{};
+    std::copy_n(equalizerBytes.begin(), sliders.size(), sliders.begin());
+    t.equalizer.SetValues(equalizerEnabled, sliders);
   }
   return true;
 }
@@ -294,11 +302,8 @@ bool SaveSettings(Registry& registry, const SettingsTargets& t) {
     keyBytes[2 * row + 1] = static_cast<unsigned char>(t.actions[row].key >> 8);
   }
   WriteBinary(registry, "Keys", keyBytes, sizeof keyBytes);
-  unsigned char equalizerBytes[kEqualizerBytes] = {};
-  for (int band = 0; band < effects::kBandCount; ++band)
-    equalizerBytes[band] = static_cast<unsigned char>(t.equalizer.bands[band]);
-  equalizerBytes[10] = static_cast<unsigned char>(t.equalizer.preamp);
-  WriteBinary(registry, "Equalizer", equalizerBytes, sizeof equalizerBytes);
+  const EqualizerBytes equalizerBytes = PackEqualizer(t.equalizer.Values());
+  WriteBinary(registry, "Equalizer", equalizerBytes.data(), equalizerBytes.size());
   return true;
 }
 

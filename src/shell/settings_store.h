@@ -11,7 +11,7 @@
 
 #include <string_view>
 
-#include "effects/equalizer_values.h"
+#include "effects/equalizer_settings.h"
 #include "platform/registry.h"
 #include "playback/playback_settings.h"
 #include "playlist/playlist_settings.h"
@@ -24,7 +24,7 @@ namespace shell {
 struct SettingsTargets {
   AppSettings& app;
   playlist::PlaylistSettings& playlist;
-  effects::EqualizerValues& equalizer;
+  effects::EqualizerSettings& equalizer;
   playback::PlaybackSettings& playback;
   skin::SkinActionTable& actions;
 };

@@ -753,9 +753,9 @@ TEST_F(PlayerAppTest, StoredExtraBassReachesTheFiltersAndItsMessageTogglesIt) {
 TEST_F(PlayerAppTest, TheEqualizerFollowsTheUsersSwitchUnlessTheWmaOggOptionKeepsItOff) {
   Start();
   effects::Equalizer& equalizer = *app->EqualizerFilter();
-  app->EqualizerSettings().bands[0] = 0;
+  app->EqualizerSettings().SetValues(0, {0, 14, 14, 14, 14, 14, 14, 14, 14, 14, 14});
   Send(shell::kMessageToggleEqualizer);
-  EXPECT_EQ(app->EqualizerSettings().enabled, 1u);
+  EXPECT_EQ(app->EqualizerSettings().GetEnabled(), 1u);
   EXPECT_TRUE(Filters(equalizer));
   EXPECT_FALSE(equalizer.Flat()) << "the bands reached the filters";
   EXPECT_TRUE(Window().skin.equalizer);

@@ -16,7 +16,7 @@ constexpr RegistryRoot kMachine = RegistryRoot::LocalMachine;
 struct Objects {
   shell::AppSettings app;
   playlist::PlaylistSettings playlist;
-  effects::EqualizerValues equalizer;
+  effects::EqualizerSettings equalizer;
   playback::PlaybackSettings playback;
   skin::SkinActionTable actions = skin::DefaultActions();
   shell::SettingsTargets Targets() { return {app, playlist, equalizer, playback, actions}; }
@@ -71,7 +71,7 @@ TEST_F(SettingsStoreTest, AMissingWndSettingsAloneMakesAFirstRun) {
   EXPECT_EQ(objects.app.loadPath, Root().File("home"));
   EXPECT_EQ(objects.playlist.fontSize, 2u);
   EXPECT_EQ(objects.app.repeatMode, 1u);
-  EXPECT_EQ(objects.equalizer.bands[0], 14) << "no Equalizer value: the object keeps its own";
+  EXPECT_EQ(objects.equalizer.Values().bands[0], 14) << "no Equalizer value: the object keeps its own";
 }
 
 TEST_F(SettingsStoreTest, InvertedBitsTurnTheSoundOptionsOffAndEmptyFlagsTurnThemOn) {
@@ -144,14 +144,14 @@ TEST_F(SettingsStoreTest, TheEqualizerValueBringsTheEnabledFlagWithIt) {
   SetBinary("WndSettings", std::string("\x00\x01\x00\x00\x00\x00\x00\x00", 8));
   SetBinary("Equalizer", std::string("\x00\x01\x02\x03\x04\x05\x06\x07\x08\x1b\x0d\x00", 12));
   shell::LoadSettings(*registry, objects.Targets());
-  EXPECT_EQ(objects.equalizer.enabled, 1u);
-  EXPECT_EQ(objects.equalizer.bands[9], 27);
-  EXPECT_EQ(objects.equalizer.preamp, 13);
+  EXPECT_EQ(objects.equalizer.GetEnabled(), 1u);
+  EXPECT_EQ(objects.equalizer.Values().bands[9], 27);
+  EXPECT_EQ(objects.equalizer.Values().preamp, 13);
 
   ASSERT_TRUE(registry->DeleteValue(kMachine, kSettingsKeyPath, "Equalizer"));
   Objects other;
   shell::LoadSettings(*registry, other.Targets());
-  EXPECT_EQ(other.equalizer.enabled, 0u) << "the flag stays at the object's default";
+  EXPECT_EQ(other.equalizer.GetEnabled(), 0u) << "the flag stays at the object's default";
 }
 
 TEST_F(SettingsStoreTest, SaveThenLoadReproducesEveryField) {
@@ -172,9 +172,7 @@ TEST_F(SettingsStoreTest, SaveThenLoadReproducesEveryField) {
   saved.app.extraBassEnabled = saved.app.loadFolderContents = saved.app.alarmEnabled = true;
   saved.app.disableEqForWmaOgg = true;
   saved.playlist = {0, 41, 1, 3, 1, 0, 3};
-  saved.equalizer.enabled = 1;
-  saved.equalizer.bands = {0, 3, 6, 9, 12, 15, 18, 21, 24, 27};
-  saved.equalizer.preamp = 20;
+  saved.equalizer.SetValues(1, {0, 3, 6, 9, 12, 15, 18, 21, 24, 27, 20});
   saved.playback.crossfade = 0;
   saved.playback.trimSilence = 0;
   saved.playback.startOnLaunch = 1;
@@ -202,9 +200,9 @@ TEST_F(SettingsStoreTest, SaveThenLoadReproducesEveryField) {
   EXPECT_EQ(loaded.playlist.displayMode, 3u);
   EXPECT_EQ(loaded.playlist.fontSize, 3u);
   EXPECT_EQ(loaded.playlist.sortOnLoad, 0u);
-  EXPECT_EQ(loaded.equalizer.bands, saved.equalizer.bands);
-  EXPECT_EQ(loaded.equalizer.preamp, 20);
-  EXPECT_EQ(loaded.equalizer.enabled, 1u);
+  EXPECT_EQ(loaded.equalizer.Values().bands, saved.equalizer.Values().bands);
+  EXPECT_EQ(loaded.equalizer.Values().preamp, 20);
+  EXPECT_EQ(loaded.equalizer.GetEnabled(), 1u);
   EXPECT_EQ(loaded.playback.crossfade.load(), 0u);
   EXPECT_EQ(loaded.playback.gapless.load(), 1u);
   EXPECT_EQ(loaded.playback.trimSilence.load(), 0u);

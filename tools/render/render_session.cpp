@@ -98,15 +98,12 @@ void RenderSession::ApplyOptions(shell::PlayerApp& app) {
   app.SetShuffle(false);
   app.SetRepeat(false);
 
-  effects::EqualizerValues& values = app.EqualizerSettings();
+  effects::EqualizerSettings& equalizerSettings = app.EqualizerSettings();
   if (options.equalizer) {
-    values.enabled = *options.equalizer ? 1 : 0;
+    equalizerSettings.SetEnabled(*options.equalizer ? 1 : 0);
     if (*options.equalizer) settings.disableEqForWmaOgg = false;
   }
-  if (options.equalizerSliders) {
-    std::copy_n(options.equalizerSliders->begin(), effects::kBandCount, values.bands.begin());
-    values.preamp = (*options.equalizerSliders)[effects::kBandCount];
-  }
+  if (options.equalizerSliders) equalizerSettings.SetValues(equalizerSettings.GetEnabled(), *options.equalizerSliders);
   if (options.extraBass) {
     settings.extraBassEnabled = *options.extraBass != 0;
     if (*options.extraBass != 0) settings.extraBassStrength = *options.extraBass;
@@ -117,7 +114,7 @@ void RenderSession::ApplyOptions(shell::PlayerApp& app) {
 
   std::fprintf(report, "crossfade %s, gapless %s, trim silence %s, equalizer %s, extra bass %d\n",
                OnOff(playback.crossfade), OnOff(playback.gapless), OnOff(playback.trimSilence),
-               values.enabled != 0 && !settings.disableEqForWmaOgg ? "on" : "off",
+               equalizerSettings.GetEnabled() != 0 && !settings.disableEqForWmaOgg ? "on" : "off",
                settings.extraBassEnabled ? settings.extraBassStrength : 0);
 }
 
