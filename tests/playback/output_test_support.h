@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -11,9 +12,12 @@
 #include <thread>
 #include <vector>
 
+#include "platform/message_queue.h"
 #include "platform/wave_out.h"
 #include "platform/wave_out_capture.h"
 #include "playback/audio_output.h"
+#include "playback/locked_file.h"
+#include "playback/media_decoder.h"
 #include "playback/playback_settings.h"
 #include "support/test_environment.h"
 
@@ -52,6 +56,27 @@ inline void SetPlaybackOptions(bool crossfade, bool gapless, bool trimSilence) {
   playback::PlaybackSettings::Write(options.crossfade, crossfade);
   playback::PlaybackSettings::Write(options.gapless, gapless);
   playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
+}
+
+// What a stereo capture holds, without the silence around it; for a mono
+// stream, which plays on both channels alike, the left channel only.
+inline std::vector<std::int16_t> TrimmedSound(const std::vector<std::int16_t>& all, int channels) {
+  const auto loud = [](std::int16_t s) { return s != 0; };
+  const auto first = std::find_if(all.begin(), all.end(), loud);
+  const auto last = std::find_if(all.rbegin(), all.rend(), loud).base();
+  if (first >= last) return {};
+  // Whole frames: the first loud sample may be a right one.
+  const std::size_t start = static_cast<std::size_t>(first - all.begin()) & ~std::size_t{1};
+  const auto end = static_cast<std::size_t>(last - all.begin());
+  if (channels != 1) return std::vector<std::int16_t>(all.begin() + static_cast<std::ptrdiff_t>(start), last);
+  std::vector<std::int16_t> left;
+  std::size_t differing = 0;
+  for (std::size_t i = start; i < end; i += 2) {
+    differing += i + 1 < all.size() && all[i] != all[i + 1] ? 1 : 0;
+    left.push_back(all[i]);
+  }
+  EXPECT_EQ(differing, 0u) << "frames of a mono stream whose channels differ";
+  return left;
 }
 
 class OutputTest : public testing_support::IsolatedEnvironmentTest {
@@ -101,6 +126,42 @@ class OutputTest : public testing_support::IsolatedEnvironmentTest {
 
   std::shared_ptr<platform::CaptureDriver> driver;
   std::unique_ptr<playback::AudioOutput> output = std::make_unique<playback::AudioOutput>();
+};
+
+// A decoder's bench: the shared file and the notify target it is wired to,
+// with the three options that change a track's end off while a test runs.
+// Fixtures drop their decoders before this TearDown: a decode thread may
+// still use the file.
+class DecoderTest : public OutputTest {
+ protected:
+  void SetUp() override {
+    OutputTest::SetUp();
+    SetPlaybackOptions(false, false, false);
+  }
+  void TearDown() override {
+    SetPlaybackOptions(true, true, true);  // the defaults
+    OutputTest::TearDown();
+  }
+
+  bool Ended(int limitMs = 10000) { return notify.WaitFor(playback::kMessageTrackEnded, limitMs); }
+  // Plays a stepped device until no stream is left and nothing is queued.
+  void PlayOut() {
+    ASSERT_TRUE(WaitUntil([&] {
+      Tap()->Advance(1);
+      return output->StreamCount() == 0 && Tap()->QueuedBuffers() == 0;
+    }));
+  }
+  std::vector<std::int16_t> Sound(int channels) { return TrimmedSound(Tap()->Samples(), channels); }
+  // Plays until the decode thread waits for room: the queue holds more than
+  // a second and a half.
+  void PlayUntilQueued(playback::MediaDecoder& decoder, const std::string& path, std::uint32_t rate) {
+    ASSERT_TRUE(decoder.Open(path));
+    ASSERT_TRUE(decoder.Play());
+    ASSERT_TRUE(WaitUntil([&] { return output->QueuedSamples(output->LastHandle()) >= rate * 2 * 3 / 2; }));
+  }
+
+  playback::LockedFile file;
+  platform::MessageQueue notify;
 };
 
 }  // namespace output_testing

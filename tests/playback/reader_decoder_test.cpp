@@ -11,8 +11,6 @@
 #include "decoders/wav_test_files.h"
 #include "output_test_support.h"
 #include "pattern_reader.h"
-#include "platform/message_queue.h"
-#include "playback/locked_file.h"
 
 namespace {
 
@@ -23,16 +21,11 @@ using reader_testing::PatternReader;
 using reader_testing::PatternSample;
 using Samples = std::vector<std::int16_t>;
 
-class ReaderDecoderTest : public OutputTest {
+class ReaderDecoderTest : public DecoderTest {
  protected:
-  void SetUp() override {
-    OutputTest::SetUp();
-    SetPlaybackOptions(false, false, false);
-  }
   void TearDown() override {
     decoder.reset();
-    SetPlaybackOptions(true, true, true);  // the defaults
-    OutputTest::TearDown();
+    DecoderTest::TearDown();
   }
   // Readers live in the fixture: a decode thread may still read while a test
   // returns, until the decoder goes in TearDown.
@@ -48,34 +41,7 @@ class ReaderDecoderTest : public OutputTest {
     decoder->SetNotifyWindow(&notify);
     return *decoder;
   }
-  bool Ended(int limitMs = 10000) { return notify.WaitFor(playback::kMessageTrackEnded, limitMs); }
-  // Everything captured, without the silence around it.
-  Samples Sound() {
-    const Samples all = Tap()->Samples();
-    const auto first = std::find_if(all.begin(), all.end(), [](std::int16_t s) { return s != 0; });
-    const auto last = std::find_if(all.rbegin(), all.rend(), [](std::int16_t s) { return s != 0; }).base();
-    return first < last ? Samples(first, last) : Samples{};
-  }
-  // The same of a mono stream, which plays on both channels alike.
-  Samples MonoSound() {
-    const Samples both = Sound();
-    Samples left;
-    for (std::size_t i = 0; i + 1 < both.size(); i += 2) {
-      EXPECT_EQ(both[i], both[i + 1]) << "at frame " << i / 2;
-      left.push_back(both[i]);
-    }
-    return left;
-  }
-  // Plays a stepped device until no stream is left and nothing is queued.
-  void PlayOut() {
-    ASSERT_TRUE(WaitUntil([&] {
-      Tap()->Advance(1);
-      return output->StreamCount() == 0 && Tap()->QueuedBuffers() == 0;
-    }));
-  }
 
-  playback::LockedFile file;
-  platform::MessageQueue notify;
   std::unique_ptr<PatternReader> ownedReader;
   decoders::WavReader wavReader;
   std::unique_ptr<ReaderDecoder> decoder;
@@ -97,10 +63,9 @@ TEST_P(ReaderDecoderSoundTest, TheCaptureDevicePlaysWhatSoxDecodes) {
   // The end mark trims the tail with the threshold that the end of the
   // prefill armed, and the queue drops the last loud sample with it.
   reference.pop_back();
-  const bool stereo = std::string(GetParam()).find("stereo") != std::string::npos;
-  const auto sound = [&] { return stereo ? Sound() : MonoSound(); };
-  ASSERT_TRUE(WaitUntil([&] { return sound().size() >= reference.size(); }));
-  EXPECT_EQ(sound(), reference);
+  const int channels = std::string(GetParam()).find("stereo") != std::string::npos ? 2 : 1;
+  ASSERT_TRUE(WaitUntil([&] { return TrimmedSound(Tap()->Samples(), channels).size() >= reference.size(); }));
+  EXPECT_EQ(Sound(channels), reference);
   EXPECT_EQ(wav.GetState(), playback::kStatePlaying) << "the end only posts; the application closes";
   wav.Close();
   EXPECT_EQ(file.IsOpen(), 0);
@@ -140,7 +105,7 @@ TEST_F(ReaderDecoderTest, WithNeitherOptionTheEndWaitsUntilTheQueueHasPlayed) {
   EXPECT_FALSE(Ended(300)) << "nothing has played yet";
   PlayOut();
   EXPECT_TRUE(Ended(5000));
-  const Samples sound = MonoSound();
+  const Samples sound = Sound(1);
   ASSERT_EQ(sound.size(), 4000u);
   for (std::uint32_t i = 0; i < sound.size(); ++i) ASSERT_EQ(sound[i], PatternSample(i)) << i;
 }
@@ -155,7 +120,7 @@ TEST_F(ReaderDecoderTest, WithCrossfadeTheEndFadesAllThatIsQueuedAndPostsAtOnce)
   ASSERT_TRUE(Ended()) << "without any sound played";
   pattern.Close();
   PlayOut();
-  const Samples sound = MonoSound();
+  const Samples sound = Sound(1);
   ASSERT_FALSE(sound.empty());
   // The fade-in of 2000 ms keeps all of this half second below a seventh of
   // the pattern (which rises to 4600); the fade-out takes its end to silence.
@@ -227,7 +192,7 @@ TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
   PlayOut();
 
   // What the device had before the seek, then the pattern from 3 s on, whole.
-  const Samples sound = MonoSound();
+  const Samples sound = Sound(1);
   const auto jump = std::find(sound.begin(), sound.end(), PatternSample(24000));
   ASSERT_NE(jump, sound.end());
   for (auto at = sound.begin(); at != jump; ++at) {
