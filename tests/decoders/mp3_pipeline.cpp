@@ -2,28 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
+#include <cstdio>
+#include <cstdlib>
 
-#include "playback/playback_settings.h"
+#include "support/test_environment.h"
 
 namespace decoders_test {
 
-void Mp3PipelineTest::SetUp() {
-  OutputTest::SetUp();
-  SetOptions(false, false, false);
-}
-
 void Mp3PipelineTest::TearDown() {
   decoder.reset();
-  SetOptions(true, true, true);  // the defaults
-  OutputTest::TearDown();
-}
-
-void Mp3PipelineTest::SetOptions(bool crossfade, bool gapless, bool trimSilence) {
-  playback::PlaybackSettings& options = playback::Playback();
-  playback::PlaybackSettings::Write(options.crossfade, crossfade);
-  playback::PlaybackSettings::Write(options.gapless, gapless);
-  playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
+  DecoderTest::TearDown();
 }
 
 decoders::Mp3Decoder& Mp3PipelineTest::Wire() {
@@ -35,35 +23,19 @@ decoders::Mp3Decoder& Mp3PipelineTest::Wire() {
   return *decoder;
 }
 
-void Mp3PipelineTest::PlayOut() {
-  ASSERT_TRUE(output_testing::WaitUntil([&] {
-    Tap()->Advance(1);
-    return output->StreamCount() == 0 && Tap()->QueuedBuffers() == 0;
-  }));
-}
-
-Samples Mp3PipelineTest::Sound(int channels) {
-  return TrimmedSound(Tap()->Samples(), channels);
-}
-
-Samples TrimmedSound(const Samples& all, int channels) {
-  const auto first = std::find_if(all.begin(), all.end(), [](std::int16_t s) { return s != 0; });
-  const auto last = std::find_if(all.rbegin(), all.rend(), [](std::int16_t s) { return s != 0; }).base();
-  if (first >= last) return {};
-  Samples sound;
-  // Keep whole frames: the first loud sample may be a right one.
-  const std::size_t start = static_cast<std::size_t>(first - all.begin()) & ~std::size_t{1};
-  for (std::size_t i = start; i < static_cast<std::size_t>(last - all.begin()); i += channels == 1 ? 2 : 1) {
-    sound.push_back(all[i]);
-  }
-  return sound;
-}
-
 std::string Mp3PipelineTest::WriteMedia(const std::string& name, const Bytes& bytes) {
   const std::string path = Root().File(name);
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  testing_support::WriteFile(path, std::string(bytes.begin(), bytes.end()));
   return path;
+}
+
+std::size_t Mp3PipelineTest::PlayDamaged(playback::MediaDecoder& damaged, const std::string& path) {
+  UseCapture(platform::CapturePace::kUnpaced);
+  EXPECT_TRUE(damaged.Open(path));
+  EXPECT_TRUE(damaged.Play());
+  EXPECT_TRUE(Ended());
+  EXPECT_TRUE(PlayedOut());
+  return Sound(2).size();
 }
 
 double SnrDb(const Samples& ours, const Samples& reference) {
@@ -77,6 +49,18 @@ double SnrDb(const Samples& ours, const Samples& reference) {
   }
   if (noise == 0) return 200;
   return signal == 0 ? 0 : 10.0 * std::log10(signal / noise);
+}
+
+void ExpectSoundMatches(const Samples& sound, const Samples& expected, double minimumSnr, const char* name) {
+  ASSERT_LE(sound.size(), expected.size());
+  const double snr = SnrDb(sound, expected);
+  std::printf("%s: %zu of %zu samples, SNR %.1f dB\n", name, sound.size(), expected.size(), snr);
+  EXPECT_GT(snr, minimumSnr);
+  int loudestMissing = 0;
+  for (std::size_t i = sound.size() + 1; i < expected.size(); ++i) {
+    loudestMissing = std::max(loudestMissing, std::abs(static_cast<int>(expected[i])));
+  }
+  EXPECT_LT(loudestMissing, 500);
 }
 
 Samples FromFirstSound(const Samples& reference, int channels) {

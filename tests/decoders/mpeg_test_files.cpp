@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include "decoders/id3v2.h"
+#include "support/command_decode.h"
+#include "support/test_environment.h"
 
 namespace decoders_test {
 namespace {
@@ -48,9 +47,9 @@ std::string MediaPath(const std::string& name) {
 }
 
 Bytes LoadMedia(const std::string& name) {
-  std::ifstream in(MediaPath(name), std::ios::binary);
-  EXPECT_TRUE(in) << "missing test file " << name;
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  const std::string bytes = testing_support::ReadFile(MediaPath(name));
+  EXPECT_FALSE(bytes.empty()) << "missing test file " << name;
+  return Bytes(bytes.begin(), bytes.end());
 }
 
 std::vector<FrameSpan> FindFrames(const Bytes& file) {
@@ -110,17 +109,7 @@ Decoded DecodeLikePump(decoders::Mp3BackEnd& backEnd, const Bytes& file, std::si
 }
 
 std::vector<std::int16_t> ReferenceDecode(const std::string& path) {
-  const std::string command = "mpg123 -q --no-gapless --no-infoframe -e s16 -s '" + path + "' 2>/dev/null";
-  std::vector<std::int16_t> pcm;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return pcm;
-  std::array<std::int16_t, 4096> chunk{};
-  std::size_t got;
-  while ((got = std::fread(chunk.data(), sizeof(std::int16_t), chunk.size(), pipe)) > 0) {
-    pcm.insert(pcm.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(got));
-  }
-  if (pclose(pipe) != 0) pcm.clear();
-  return pcm;
+  return testing_support::DecodeWith("mpg123 -q --no-gapless --no-infoframe -e s16 -s '" + path + "' 2>/dev/null");
 }
 
 }  // namespace decoders_test

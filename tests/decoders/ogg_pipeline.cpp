@@ -1,10 +1,8 @@
 #include "decoders/ogg_pipeline.h"
 
-#include <array>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
+#include <algorithm>
 
+#include "support/command_decode.h"
 #include "support/test_environment.h"
 
 namespace decoders_test {
@@ -27,23 +25,13 @@ std::string OggMediaPath(const std::string& name) {
 }
 
 Bytes LoadOggMedia(const std::string& name) {
-  std::ifstream in(OggMediaPath(name), std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return Bytes(std::istreambuf_iterator<char>(in), {});
+  const std::string bytes = testing_support::ReadFile(OggMediaPath(name));
+  EXPECT_FALSE(bytes.empty()) << name;
+  return Bytes(bytes.begin(), bytes.end());
 }
 
 Samples OggReferenceDecode(const std::string& path) {
-  const std::string command = "oggdec -Q -R -b 16 -e 0 -s 1 -o - '" + path + "' 2>/dev/null";
-  Samples pcm;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return pcm;
-  std::array<std::int16_t, 4096> chunk{};
-  std::size_t got;
-  while ((got = std::fread(chunk.data(), sizeof(std::int16_t), chunk.size(), pipe)) > 0) {
-    pcm.insert(pcm.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(got));
-  }
-  if (pclose(pipe) != 0) pcm.clear();
-  return pcm;
+  return testing_support::DecodeWith("oggdec -Q -R -b 16 -e 0 -s 1 -o - '" + path + "' 2>/dev/null");
 }
 
 Alignment AlignSound(const Samples& sound, const Samples& reference, std::size_t guess, std::size_t window,

@@ -1,8 +1,8 @@
 #include "wav_test_files.h"
 
-#include <array>
-#include <cstdio>
 #include <cstring>
+
+#include "support/command_decode.h"
 
 namespace wav_testing {
 
@@ -10,30 +10,12 @@ std::string MediaPath(const std::string& name) {
   return std::string(TS_TEST_DATA_DIR) + "/wav/" + name;
 }
 
-std::vector<std::int16_t> DecodeWith(const std::string& command) {
-  std::vector<std::int16_t> samples;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return samples;
-  std::array<std::uint8_t, 8192> chunk{};
-  std::string bytes;
-  std::size_t got = 0;
-  while ((got = std::fread(chunk.data(), 1, chunk.size(), pipe)) > 0)
-    bytes.append(chunk.begin(), chunk.begin() + got);
-  if (pclose(pipe) != 0) return samples;
-  samples.resize(bytes.size() / 2);
-  for (std::size_t i = 0; i < samples.size(); ++i) {
-    samples[i] = static_cast<std::int16_t>(static_cast<std::uint8_t>(bytes[2 * i]) |
-                                           static_cast<std::uint8_t>(bytes[2 * i + 1]) << 8);
-  }
-  return samples;
-}
-
 std::vector<std::int16_t> SoxDecode(const std::string& path) {
-  return DecodeWith("sox -D '" + path + "' -t raw -e signed -b 16 -L - 2>/dev/null");
+  return testing_support::DecodeWith("sox -D '" + path + "' -t raw -e signed -b 16 -L - 2>/dev/null");
 }
 
 std::vector<std::int16_t> FfmpegDecode(const std::string& path) {
-  return DecodeWith("ffmpeg -loglevel error -i '" + path + "' -f s16le -c:a pcm_s16le - 2>/dev/null");
+  return testing_support::DecodeWith("ffmpeg -loglevel error -i '" + path + "' -f s16le -c:a pcm_s16le - 2>/dev/null");
 }
 
 std::string Le16(std::uint16_t value) {

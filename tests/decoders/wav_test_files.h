@@ -13,9 +13,6 @@ namespace wav_testing {
 
 std::string MediaPath(const std::string& name);
 
-// The 16-bit little-endian samples a shell command writes to its output;
-// empty when the command fails.
-std::vector<std::int16_t> DecodeWith(const std::string& command);
 // sox's decode to 16-bit (for 8-bit PCM: (byte - 128) * 256, exactly).
 std::vector<std::int16_t> SoxDecode(const std::string& path);
 // ffmpeg's decode (its own AAC decoder) to 16-bit.
