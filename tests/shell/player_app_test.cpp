@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "effects/equalizer.h"
@@ -103,26 +104,26 @@ TEST_F(ProcessStartTest, ALaterStartWithAMissingPathOrNothingOnlyRaisesTheRunnin
             (std::vector<std::string>{"BringToForeground", "BringToForeground", "BringToForeground"}));
 }
 
-TEST_F(ProcessStartTest, AnAlarmWithinAMinuteWakesTheRunningInstanceWithoutRaisingIt) {
+TEST_F(ProcessStartTest, AnAlarmWithinAMinuteWakesTheRunningInstanceAndOneFurtherAwayEndsSilently) {
   link.anotherRuns = true;
-  StoreAlarm(kNow - 59 * kSecond);
-  EXPECT_EQ(RunProcess("tsALARM"), 0);
-  StoreAlarm(kNow + 59 * kSecond);
-  RunProcess("TSAlarm");
-  EXPECT_EQ(link.handedOver, (std::vector<std::string>{"Post 2690", "Post 2690"}));
-}
-
-TEST_F(ProcessStartTest, AnAlarmAMinuteOrMoreAwayEndsTheStartSilently) {
-  link.anotherRuns = true;
-  StoreAlarm(kNow - 60 * kSecond);
-  RunProcess("TSAlarm");
-  StoreAlarm(kNow + 60 * kSecond);
-  RunProcess("TSAlarm");
-  // A notification handle left in Alarm as a DWORD reads as a time in 1601.
-  ASSERT_TRUE(settingsKey->WriteDword("Alarm", 7));
-  RunProcess("TSAlarm");
-  EXPECT_EQ(link.searches, 0) << "the running instance isn't even looked for";
-  EXPECT_TRUE(link.handedOver.empty());
+  const std::vector<std::string> woken = {"Post 2690"};
+  for (const auto& [alarm, wakes] : std::vector<std::pair<std::uint64_t, bool>>{
+           {kNow - 59 * kSecond, true}, {kNow + 59 * kSecond, true}, {kNow - 60 * kSecond, false},
+           {kNow + 60 * kSecond, false}, {7, false}}) {
+    const int searches = link.searches;
+    link.handedOver.clear();
+    // 7: a notification handle left in Alarm as a DWORD reads as a time in 1601.
+    if (alarm == 7) {
+      ASSERT_TRUE(settingsKey->WriteDword("Alarm", 7));
+    } else {
+      StoreAlarm(alarm);
+    }
+    EXPECT_EQ(RunProcess(wakes ? "tsALARM" : "TSAlarm"), 0);
+    EXPECT_EQ(link.handedOver, wakes ? woken : std::vector<std::string>{}) << "alarm " << alarm;
+    if (!wakes) {
+      EXPECT_EQ(link.searches, searches) << "the running instance isn't even looked for";
+    }
+  }
 }
 
 TEST_F(ProcessStartTest, AnAlarmStartWithoutAStoredAlarmGoesOnAndRaisesTheAlarmItself) {
@@ -176,64 +177,62 @@ TEST_F(PlayerAppTest, InitSetsUpThePlaylistFormatsAndLeavesTheNativeListDisabled
   EXPECT_FALSE(formats.IsEnabled(playback::kFormatNativeList));
 }
 
-TEST_F(PlayerAppTest, InitBindsWavAndWithoutThePlugInLeavesAacAbsent) {
+TEST_F(PlayerAppTest, InitBindsEachFormatToADecoderOfItsOwnUntilTheAppIsGone) {
+  struct Binding {
+    int format;
+    std::vector<std::string> paths;   // files and addresses that reach the same decoder
+    std::string file, display;        // the playlist's info reader asks the registry
+  };
+  const std::vector<Binding> bindings = {
+      {playback::kFormatWav, {"/music/a.WAV"}, TS_WAV_DATA_DIR "/pcm16_mono.wav", "pcm16_mono"},
+      {playback::kFormatMp3,
+       {"/music/a.MP3", "/music/a.mp2", "/music/a.mpa", "http://radio.example:8000/stream"},
+       TS_TEST_DATA_DIR "/decoders/cbr128_44k_stereo.mp3",
+       "Some Artist - Latin Title"},
+      {playback::kFormatOgg,
+       {"/music/a.OGG", "http://radio.example/live.ogg"},
+       TS_TEST_DATA_DIR "/ogg/chained.ogg",
+       "Chain - Link One"},
+  };
   Start();
-  playback::MediaDecoder* wav = formats.DecoderForPath("/music/a.WAV");
-  ASSERT_NE(wav, nullptr);
-  EXPECT_TRUE(formats.IsEnabled(playback::kFormatWav));
+  std::vector<playback::MediaDecoder*> seen;
+  for (const Binding& binding : bindings) {
+    SCOPED_TRACE(binding.display);
+    playback::MediaDecoder* decoder = formats.DecoderFor(binding.format);
+    ASSERT_NE(decoder, nullptr);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), decoder), 0);
+    seen.push_back(decoder);
+    EXPECT_TRUE(formats.IsEnabled(binding.format));
+    for (const std::string& path : binding.paths) EXPECT_EQ(formats.DecoderForPath(path), decoder) << path;
+    std::string display;
+    EXPECT_TRUE(formats.GetFileDetails(binding.file, &display, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                       nullptr));
+    EXPECT_EQ(display, binding.display);
+  }
+  app.reset();
+  for (const Binding& binding : bindings) {
+    for (const std::string& path : binding.paths) {
+      EXPECT_EQ(formats.DecoderForPath(path), nullptr) << "a decoder that is gone is unbound: " << path;
+    }
+  }
+}
+
+TEST_F(PlayerAppTest, WithoutThePlugInAacIsAbsentAndTheWavDecoderPlays) {
+  Start();
   EXPECT_EQ(formats.FormatOf("/music/a.aac"), playback::kFormatNone);
   EXPECT_EQ(formats.DecoderForPath("/music/a.aac"), nullptr);
-  // The playlist's info reader asks the registry.
-  std::string display;
   std::uint32_t duration = 0;
-  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/pcm16_mono.wav", &display, nullptr, nullptr, &duration,
+  EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/pcm16_mono.wav", nullptr, nullptr, nullptr, &duration,
                                      nullptr, nullptr, nullptr));
-  EXPECT_EQ(display, "pcm16_mono");
   EXPECT_EQ(duration, 1500u);
-  // The decoder is wired to the shared file and the output: it plays.
+  // The decoder is wired to the shared file and the output.
+  playback::MediaDecoder& wav = *formats.DecoderForPath("/music/a.wav");
   platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>());
-  ASSERT_TRUE(wav->Open(TS_WAV_DATA_DIR "/pcm8_mono.wav"));
-  EXPECT_TRUE(wav->Play());
-  wav->Stop();
-  wav->Close();
+  ASSERT_TRUE(wav.Open(TS_WAV_DATA_DIR "/pcm8_mono.wav"));
+  EXPECT_TRUE(wav.Play());
+  wav.Stop();
+  wav.Close();
   platform::SetWaveOutDriver(nullptr);
-  app.reset();
-  EXPECT_EQ(formats.DecoderForPath("/music/a.wav"), nullptr) << "a decoder that is gone is unbound";
-}
-
-TEST_F(PlayerAppTest, InitBindsTheMp3ExtensionsToOneDecoderUntilTheAppIsGone) {
-  Start();
-  playback::MediaDecoder* mp3 = formats.DecoderForPath("/music/a.MP3");
-  ASSERT_NE(mp3, nullptr);
-  EXPECT_EQ(formats.DecoderForPath("/music/a.mp2"), mp3);
-  EXPECT_EQ(formats.DecoderForPath("/music/a.mpa"), mp3);
-  EXPECT_TRUE(formats.IsEnabled(playback::kFormatMp3));
-  std::string display;
-  EXPECT_TRUE(formats.GetFileDetails(TS_TEST_DATA_DIR "/decoders/cbr128_44k_stereo.mp3", &display, nullptr,
-                                     nullptr, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(display, "Some Artist - Latin Title");
-  app.reset();
-  EXPECT_EQ(formats.DecoderForPath("/music/a.mp3"), nullptr) << "a decoder that is gone is unbound";
-}
-
-TEST_F(PlayerAppTest, InitBindsOggFilesAndStreamsToTheirDecodersUntilTheAppIsGone) {
-  Start();
-  playback::MediaDecoder* ogg = formats.DecoderForPath("/music/a.OGG");
-  ASSERT_NE(ogg, nullptr);
-  EXPECT_NE(ogg, formats.DecoderForPath("/music/a.mp3"));
-  EXPECT_EQ(formats.DecoderFor(playback::kFormatOgg), ogg);
-  EXPECT_TRUE(formats.IsEnabled(playback::kFormatOgg));
-  std::string display;
-  EXPECT_TRUE(formats.GetFileDetails(TS_TEST_DATA_DIR "/ogg/chained.ogg", &display, nullptr, nullptr, nullptr,
-                                     nullptr, nullptr, nullptr));
-  EXPECT_EQ(display, "Chain - Link One");
-  // Addresses: the same decoders, for streams.
-  EXPECT_EQ(formats.DecoderForPath("http://radio.example/live.ogg"), ogg);
-  EXPECT_EQ(formats.DecoderForPath("http://radio.example:8000/stream"), formats.DecoderForPath("/music/a.mp3"));
-  app.reset();
-  EXPECT_EQ(formats.DecoderForPath("/music/a.ogg"), nullptr) << "a decoder that is gone is unbound";
-  EXPECT_EQ(formats.DecoderForPath("http://radio.example/live.ogg"), nullptr);
-  EXPECT_EQ(formats.DecoderForPath("http://radio.example/stream"), nullptr);
 }
 
 TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
@@ -435,21 +434,16 @@ TEST_F(LanguageTest, AMissingOrDamagedPackMeansEnglishAndTheLanguageIsKept) {
 
 // --- Messages of the main window ------------------------------------------------------------------
 
-TEST_F(PlayerAppTest, TheExitCommandsPostACloseAndTheCloseSavesAndQuits) {
+TEST_F(PlayerAppTest, TheExitCommandsPostACloseADestroySavesAndACloseQuits) {
   Start();
   for (std::uint32_t id : {1u, 1105u, 40009u}) Command(id);
   EXPECT_EQ(Window().queue.PendingIds(), (std::vector<std::uint32_t>{0x10, 0x10, 0x10}));
   EXPECT_FALSE(Stored("WndSettings"));
-  Send(shell::kMessageClose);
-  EXPECT_TRUE(Stored("WndSettings"));
-  EXPECT_TRUE(windows.quit);
-}
-
-TEST_F(PlayerAppTest, DestroyPersistsWithoutQuitting) {
-  Start();
   Send(shell::kMessageDestroy);
-  EXPECT_TRUE(Stored("WndSettings"));
-  EXPECT_FALSE(windows.quit);
+  EXPECT_TRUE(Stored("WndSettings")) << "a destroy persists";
+  EXPECT_FALSE(windows.quit) << "without quitting";
+  Send(shell::kMessageClose);
+  EXPECT_TRUE(windows.quit);
 }
 
 TEST_F(PlayerAppTest, AnEmptyListAtCloseWhileNotStoppedSavesNothingWhenBookmarksExist) {
