@@ -11,7 +11,6 @@
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/texts.h"
-#include "platform/wave_out_capture.h"
 #include "playback/format_registry.h"
 #include "playback/playback_settings.h"
 #include "shell/process_start.h"
@@ -217,22 +216,14 @@ TEST_F(PlayerAppTest, InitBindsEachFormatToADecoderOfItsOwnUntilTheAppIsGone) {
   }
 }
 
-TEST_F(PlayerAppTest, WithoutThePlugInAacIsAbsentAndTheWavDecoderPlays) {
+TEST_F(PlayerAppTest, WithoutThePlugInAacIsAbsent) {
   Start();
   EXPECT_EQ(formats.FormatOf("/music/a.aac"), playback::kFormatNone);
   EXPECT_EQ(formats.DecoderForPath("/music/a.aac"), nullptr);
   std::uint32_t duration = 0;
   EXPECT_TRUE(formats.GetFileDetails(TS_WAV_DATA_DIR "/pcm16_mono.wav", nullptr, nullptr, nullptr, &duration,
                                      nullptr, nullptr, nullptr));
-  EXPECT_EQ(duration, 1500u);
-  // The decoder is wired to the shared file and the output.
-  playback::MediaDecoder& wav = *formats.DecoderForPath("/music/a.wav");
-  platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>());
-  ASSERT_TRUE(wav.Open(TS_WAV_DATA_DIR "/pcm8_mono.wav"));
-  EXPECT_TRUE(wav.Play());
-  wav.Stop();
-  wav.Close();
-  platform::SetWaveOutDriver(nullptr);
+  EXPECT_EQ(duration, 1500u) << "the WAV reader's length";
 }
 
 TEST_F(PlayerAppTest, ThePlugInInTheInstallDirectoryBringsAac) {
