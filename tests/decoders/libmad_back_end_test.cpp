@@ -32,6 +32,11 @@ Call Decompress(Mp3BackEnd& backEnd, const std::uint8_t* input, std::size_t leng
   return call;
 }
 
+// A codec opened for PCM of `channels` at `rate`.
+bool Ready(LibmadBackEnd& backEnd, std::uint16_t channels = 2, std::uint32_t rate = 44100) {
+  return backEnd.init(0) && backEnd.setformat(decoders::MakeMp3WaveFormat(channels, rate));
+}
+
 Call DecompressFrame(Mp3BackEnd& backEnd, const Bytes& file, const FrameSpan& frame) {
   return Decompress(backEnd, file.data() + frame.offset, std::min<std::size_t>(8192, file.size() - frame.offset));
 }
@@ -42,8 +47,7 @@ class LibmadBackEndTest : public ::testing::Test {
     file = LoadMedia("cbr128_44k_stereo.mp3");
     frames = FindFrames(file);
     ASSERT_GT(frames.size(), 40u);
-    ASSERT_TRUE(backEnd.init(0));
-    ASSERT_TRUE(backEnd.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
+    ASSERT_TRUE(Ready(backEnd));
   }
 
   // The first frame from `from` on that borrows from frames before it.
@@ -117,8 +121,7 @@ TEST_F(LibmadBackEndTest, OutputThatDoesNotFitComesWithTheNextCalls) {
   const Decoded whole = DecodeLikePump(backEnd, file, frames[0].offset, end, 2 * 9216);
   for (const std::uint32_t block : {1000u, 4608u - 2u, 3u, 1u}) {
     LibmadBackEnd small;
-    ASSERT_TRUE(small.init(0));
-    ASSERT_TRUE(small.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
+    ASSERT_TRUE(Ready(small));
     EXPECT_EQ(DecodeLikePump(small, file, frames[0].offset, end, block).pcm, whole.pcm) << "block " << block;
   }
   // The call that hands out held output consumes nothing.
@@ -139,8 +142,7 @@ TEST_F(LibmadBackEndTest, OutputHasTheChannelsOfTheFormat) {
   const Decoded stereo = DecodeLikePump(backEnd, file, frames[0].offset, end, 2 * 9216);
 
   LibmadBackEnd mono;
-  ASSERT_TRUE(mono.init(0));
-  ASSERT_TRUE(mono.setformat(decoders::MakeMp3WaveFormat(1, 44100)));
+  ASSERT_TRUE(Ready(mono, 1));
   const Decoded mixed = DecodeLikePump(mono, file, frames[0].offset, end, 9216);
   ASSERT_EQ(mixed.pcm.size() * 2, stereo.pcm.size());
   for (std::size_t i = 0; i < mixed.pcm.size(); ++i) {
@@ -149,8 +151,7 @@ TEST_F(LibmadBackEndTest, OutputHasTheChannelsOfTheFormat) {
   }
 
   LibmadBackEnd many;
-  ASSERT_TRUE(many.init(0));
-  ASSERT_TRUE(many.setformat(decoders::MakeMp3WaveFormat(6, 44100)));  // cut to two
+  ASSERT_TRUE(Ready(many, 6));  // cut to two
   EXPECT_EQ(DecodeLikePump(many, file, frames[0].offset, end, 2 * 9216).pcm, stereo.pcm);
 }
 
@@ -159,8 +160,7 @@ TEST(LibmadBackEndChannels, MonoFramesIntoAStereoStreamFillBothSides) {
   const std::vector<FrameSpan> frames = FindFrames(file);
   const std::size_t end = frames.back().offset + frames.back().length;
   LibmadBackEnd mono, stereo;
-  ASSERT_TRUE(mono.init(0) && mono.setformat(decoders::MakeMp3WaveFormat(1, 22050)));
-  ASSERT_TRUE(stereo.init(0) && stereo.setformat(decoders::MakeMp3WaveFormat(2, 22050)));
+  ASSERT_TRUE(Ready(mono, 1, 22050) && Ready(stereo, 2, 22050));
   const Decoded one = DecodeLikePump(mono, file, frames[0].offset, end, 9216);
   const Decoded two = DecodeLikePump(stereo, file, frames[0].offset, end, 2 * 9216);
   ASSERT_EQ(two.pcm.size(), 2 * one.pcm.size());
@@ -176,7 +176,7 @@ TEST_F(LibmadBackEndTest, ResetForgetsTheStreamAndRecoversOnceTheReservoirHasRef
   const Decoded continuous = DecodeLikePump(backEnd, file, frames[0].offset, end, 2 * 9216);
 
   LibmadBackEnd seeking;
-  ASSERT_TRUE(seeking.init(0) && seeking.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
+  ASSERT_TRUE(Ready(seeking));
   DecodeLikePump(seeking, file, frames[0].offset, frames[5].offset, 2 * 9216);
   seeking.reset();
   ASSERT_TRUE(seeking.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
@@ -206,7 +206,7 @@ TEST_F(LibmadBackEndTest, RefusedInputEmptiesTheBitReservoir) {
   for (std::size_t jump = 32; jump < 48; ++jump) {
     if (MainDataBegin(file, frames[jump].offset) == 0) continue;
     LibmadBackEnd decoder;
-    ASSERT_TRUE(decoder.init(0) && decoder.setformat(decoders::MakeMp3WaveFormat(2, 44100)));
+    ASSERT_TRUE(Ready(decoder));
     for (std::size_t i = 0; i < 30; ++i) ASSERT_EQ(DecompressFrame(decoder, file, frames[i]).answer, 0);
     const std::uint8_t garbage[16] = {0x12};
     ASSERT_EQ(Decompress(decoder, garbage, sizeof(garbage)).answer, Mp3BackEnd::kUndecodable);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include "decoders/id3_builders.h"
 #include "decoders/mp3_decoder.h"
@@ -97,8 +96,7 @@ class Mp3OpenTest : public testing_support::IsolatedEnvironmentTest {
   // Opens the bytes as a file; the summary and duration then describe it.
   bool OpenBytes(const Bytes& bytes) {
     const std::string path = Root().File("file.mp3");
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    testing_support::WriteFile(path, std::string(bytes.begin(), bytes.end()));
     decoder.Close();
     decoder.SetSource(&file);
     const bool opened = decoder.Open(path);

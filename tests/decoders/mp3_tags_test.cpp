@@ -2,8 +2,6 @@
 // playlist's details, the format summary and the information text.
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "decoders/id3_builders.h"
 #include "decoders/mp3_decoder.h"
 #include "decoders/mpeg_test_files.h"
@@ -19,10 +17,7 @@ class Mp3TagsTest : public testing_support::IsolatedEnvironmentTest {
   std::string Tagged(const std::string& name, const std::string& front, const std::string& back = {}) {
     const Bytes audio = LoadMedia("mpeg25_8k_mono.mp3");
     const std::string path = Root().File(name);
-    std::ofstream out(path, std::ios::binary);
-    out << front;
-    out.write(reinterpret_cast<const char*>(audio.data()), static_cast<std::streamsize>(audio.size()));
-    out << back;
+    testing_support::WriteFile(path, front + std::string(audio.begin(), audio.end()) + back);
     return path;
   }
   std::optional<std::string> Title(const std::string& path) {
