@@ -29,7 +29,7 @@ class Mp3PipelineTest : public output_testing::DecoderTest {
   std::string WriteMedia(const std::string& name, const Bytes& bytes);
   // Plays a damaged file to its end on an unpaced device: how many samples
   // of its sound played.
-  std::size_t PlayDamaged(playback::MediaDecoder& decoder, const std::string& path);
+  std::size_t PlayDamaged(playback::MediaDecoder& damaged, const std::string& path);
 
   decoders::LibmadBackEnd backEnd;
   std::unique_ptr<decoders::Mp3Decoder> decoder;
