@@ -327,10 +327,13 @@ TEST_F(PlayerAppTest, TheLoadedStateReachesMenuAndFace) {
 }
 
 TEST_F(PlayerAppTest, AWindowWithoutMenuBarOrFaceFailsTheCreation) {
-  app = std::make_unique<SpyApp>(Services());
-  app->Init();
-  windows.failCreation = true;
-  EXPECT_FALSE(app->CreateMainWindow(0, 0, 480, 640));
+  for (const auto& [menuBar, face] : {std::pair{false, true}, std::pair{true, false}}) {
+    windows.failMenuBar = !menuBar;
+    windows.failSkin = !face;
+    app = std::make_unique<SpyApp>(Services());
+    ASSERT_TRUE(app->Init());
+    EXPECT_FALSE(app->CreateMainWindow(0, 0, 480, 640)) << "menu bar " << menuBar << ", face " << face;
+  }
 }
 
 // --- Language packs -------------------------------------------------------------------------------

@@ -9,6 +9,8 @@ std::unique_ptr<shell::MainWindow> FakeWindowSystem::CreateMainWindow(const shel
   createdAt = area;
   if (failCreation) return nullptr;
   auto created = std::make_unique<FakeMainWindow>(app);
+  created->attachSucceeds = !failMenuBar;
+  created->skinSucceeds = !failSkin;
   window = created.get();
   return created;
 }

@@ -86,10 +86,9 @@ class FakeMainWindow : public shell::MainWindow {
     bar = &menuBar;
     return attachSucceeds;
   }
-  shell::SkinDisplay* CreateSkin(int width, int height, const std::string& directory) override {
+  shell::SkinDisplay* CreateSkin(int width, int height, const std::string& /*directory*/) override {
     skinWidth = width;
     skinHeight = height;
-    skinDirectory = directory;
     return skinSucceeds ? &skin : nullptr;
   }
   shell::Dialogs& DialogLauncher() override { return dialogs; }
@@ -110,7 +109,6 @@ class FakeMainWindow : public shell::MainWindow {
   FakeListDialogs listDialogs;
   shell::MenuBar* bar = nullptr;
   int skinWidth = 0, skinHeight = 0;
-  std::string skinDirectory;
   bool attachSucceeds = true, skinSucceeds = true;
   std::vector<std::string> events;
 };
@@ -132,6 +130,7 @@ class FakeWindowSystem : public shell::WindowSystem {
   shell::Rect createdAt;
   FakeMainWindow* window = nullptr;  // owned by the application
   bool failCreation = false;
+  bool failMenuBar = false, failSkin = false;  // what the next window's calls answer
   bool quit = false;
   int quitCode = 0;
   int loops = 0;
