@@ -27,8 +27,8 @@ class RecordingSurface : public skin::SkinSurface, public skin::SkinCanvas {
   }
 
   // --- SkinSurface
-  void Invalidate(const skin::SkinRect&) override { ++invalidated; }
-  void Update() override { ++updates; }
+  void Invalidate(const skin::SkinRect&) override {}
+  void Update() override {}
   skin::SkinCanvas& Canvas() override { return *this; }
   bool PostToParent(std::uint32_t message) override {
     posted.push_back(message);
@@ -45,8 +45,6 @@ class RecordingSurface : public skin::SkinSurface, public skin::SkinCanvas {
 
   std::vector<std::string> drawn;
   std::vector<std::uint32_t> posted;
-  int invalidated = 0;
-  int updates = 0;
   int characterWidth = 5;
 };
 
