@@ -39,6 +39,7 @@ void StreamFeed::Arm(AudioOutput* target) {
   output = target;
   prefilling = false;
   loopEnded = false;
+  startAfterFade = false;
   handle.store(kInvalidHandle, kRelaxed);
   sampleRate.store(0, kRelaxed);
   channels.store(0, kRelaxed);
@@ -103,8 +104,17 @@ StreamFeed::WriteResult StreamFeed::WriteSamples(const std::int16_t* samples, st
 void StreamFeed::EndLoop() {
   std::lock_guard guard(outputLock);
   loopEnded = true;
-  // A track shorter than the prefill starts here, at its end.
-  if (prefilling && output != nullptr) output->ControlStream(handle.load(kRelaxed), kStreamPlay, 0);
+  // A track shorter than the prefill starts at its end. With crossfade it
+  // starts only once FinishTrack has faded it: a playing stream short of a
+  // block keeps the mixer waiting for more inside the stream lock, which the
+  // fade needs, until the underrun rule has ended the stream and dropped it.
+  if (prefilling && output != nullptr) {
+    if (ReadOptions().crossfade) {
+      startAfterFade = true;
+    } else {
+      output->ControlStream(handle.load(kRelaxed), kStreamPlay, 0);
+    }
+  }
   prefilling = false;
 }
 
@@ -131,6 +141,8 @@ void StreamFeed::FinishTrack(platform::MessageTarget* notify) {
     } else if (!options.gapless) {
       output->WriteStream(current, nullptr, 0);
     }
+    if (startAfterFade) output->ControlStream(current, kStreamPlay, 0);
+    startAfterFade = false;
   }
   if (!options.crossfade && !options.gapless) WaitUntilDrained();
   std::lock_guard guard(outputLock);

@@ -18,7 +18,8 @@
 //     threshold is armed again, trimming on or off, so a quiet stretch after
 //     the first second is dropped once. The player has always done so.
 //  4. EndLoop: a stream still held in prefill starts, so a track shorter
-//     than one second sounds; from now on a seek has nothing to feed.
+//     than one second sounds (with crossfade only after step 5 has faded
+//     it); from now on a seek has nothing to feed.
 //  5. FinishTrack, at the natural end only: with trimSilence arm the
 //     threshold, and without gapless write the end mark (which trims the
 //     tail); with crossfade fade out all that is queued; otherwise, without
@@ -122,6 +123,7 @@ class StreamFeed {
   // Guarded by outputLock.
   bool prefilling = false;
   bool loopEnded = false;
+  bool startAfterFade = false;  // a short track with crossfade: EndLoop left it held
   // The atomics are also read without the lock; seekCount changes only
   // under both the decoder's source lock and outputLock.
   std::atomic<std::uint32_t> handle{0xFFFFFFFFu};
