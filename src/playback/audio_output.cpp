@@ -288,6 +288,24 @@ bool AudioOutput::IsStreamAlive(std::uint32_t handle) {
   return FindStream(handle) >= 0;
 }
 
+bool AudioOutput::WaitForEmptyQueue(std::uint32_t handle, int timeoutMs) {
+  if (handle == kInvalidHandle) return true;
+  if (AudioOutput* engine = EngineFor(handle)) return engine->WaitForEmptyQueue(handle & kIdMask, timeoutMs);
+  // The shared queue stays alive through the wait even if the stream goes;
+  // its removal aborts it, which ends the wait.
+  const std::shared_ptr<PcmQueue> queue = QueueOf(handle);
+  return !queue || queue->WaitUntilEmpty(timeoutMs);
+}
+
+bool AudioOutput::WaitForQueuedSamples(std::uint32_t handle, std::uint32_t samples, int timeoutMs) {
+  if (handle == kInvalidHandle) return true;
+  if (AudioOutput* engine = EngineFor(handle)) {
+    return engine->WaitForQueuedSamples(handle & kIdMask, samples, timeoutMs);
+  }
+  const std::shared_ptr<PcmQueue> queue = QueueOf(handle);
+  return !queue || queue->WaitForSamples(samples, timeoutMs);
+}
+
 std::uint32_t AudioOutput::LastHandle() const { return lastHandle.load(); }
 
 void AudioOutput::SetEffect(AudioEffect* newEffect) {

@@ -40,6 +40,7 @@
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -116,6 +117,15 @@ class AudioOutput {
 
   // Whether the handle names a live stream.
   bool IsStreamAlive(std::uint32_t handle);
+  // Waits until the stream's queue is empty, or the stream is gone or
+  // aborted, at most `timeoutMs`; true when that has come. The mixer wakes
+  // the wait as it takes the last samples, so a writer waiting for its
+  // track to drain needn't poll.
+  bool WaitForEmptyQueue(std::uint32_t handle, int timeoutMs);
+  // Waits until the stream's queue holds `samples`, has ended, or the
+  // stream is gone, at most `timeoutMs`; true when that has come, and a
+  // mixer's read of that many would not wait.
+  bool WaitForQueuedSamples(std::uint32_t handle, std::uint32_t samples, int timeoutMs);
   // The handle of the last stream the root opened on a new engine or itself.
   std::uint32_t LastHandle() const;
   // The effect run over each mixed block; set on the root, which hands it to
@@ -168,6 +178,8 @@ class AudioOutput {
   bool AllocateBuffers();
   void PrimeBuffers();
   void StopThread();
+  // Waits until the device has handed every buffer back, at most `timeoutMs`.
+  void WaitForBuffersBack(int timeoutMs);
   static void BufferDone(void* context, platform::WaveBuffer* buffer);
   void OnBufferDone(platform::WaveBuffer* buffer);
 
@@ -208,8 +220,9 @@ class AudioOutput {
   std::array<bool, kMaxBuffers> bufferInFlight{};
   std::uint32_t nextSequence = 0;
   std::atomic<std::uint32_t> buffersInFlight{0};
+  std::condition_variable buffersBack;            // buffersInFlight has come down to 0
   std::atomic<std::uint32_t> buffersReturned{0};  // every return since the device opened
-  std::atomic<int> nextFill{-1};  // next buffer to fill; -1 while none is free
+  std::atomic<int> nextFill{-1};                  // next buffer to fill; -1 while none is free
 
   std::atomic<std::uint32_t> volume{65535};  // last left volume
   std::atomic<std::uint32_t> lastHandle{kInvalidHandle};

@@ -15,6 +15,7 @@
 //      the mixer clears `runEvent`, resets and pauses the device, and sleeps
 //      until a stream plays again (WakeDevice).
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <new>
 
@@ -27,10 +28,10 @@ namespace {
 constexpr int kMixingThreadPriority = 1;
 // The root's engines are looked over every this many turns of the loop.
 constexpr std::uint32_t kHousekeepingTurns = 200;
-constexpr int kResetPollMs = 10;
-constexpr int kResetPolls = 200;  // a device that keeps its buffers for 2 s is broken
-constexpr int kClosePollMs = 50;
-constexpr int kClosePolls = 401;
+// A device that keeps its buffers for 2 s after a reset is broken.
+constexpr int kResetWaitMs = 2000;
+constexpr int kCloseWaitMs = 401 * 50;
+constexpr int kRefusedWriteMs = 10;
 
 }  // namespace
 
@@ -139,14 +140,18 @@ void AudioOutput::CloseDevice() {
   }
   resetting.store(1);
   device->Reset();
-  for (int poll = 0; poll < kClosePolls && buffersInFlight.load() > 0; ++poll) {
-    platform::SleepMs(kClosePollMs);
-  }
+  WaitForBuffersBack(kCloseWaitMs);
   device->Close();
   device.reset();
   resetting.store(0);
   DestroyAllStreams();
   for (auto& buffer : buffers) buffer.reset();
+}
+
+void AudioOutput::WaitForBuffersBack(int timeoutMs) {
+  std::unique_lock guard(bufferLock);
+  buffersBack.wait_for(guard, std::chrono::milliseconds(timeoutMs),
+                       [this] { return buffersInFlight.load() == 0; });
 }
 
 void AudioOutput::BufferDone(void* context, platform::WaveBuffer* buffer) {
@@ -165,7 +170,7 @@ void AudioOutput::OnBufferDone(platform::WaveBuffer* buffer) {
       bufferEvent.Set();
     }
   }
-  if (buffersInFlight.load() > 0) buffersInFlight.fetch_sub(1);
+  if (buffersInFlight.load() > 0 && buffersInFlight.fetch_sub(1) == 1) buffersBack.notify_all();
   buffersReturned.fetch_add(1);
 }
 
@@ -214,7 +219,7 @@ void AudioOutput::FillNextBuffer() {
       bufferInFlight[index] = false;
       buffersInFlight.fetch_sub(1);
     }
-    platform::SleepMs(kResetPollMs);
+    platform::SleepMs(kRefusedWriteMs);
     return;
   }
   {
@@ -294,9 +299,7 @@ void AudioOutput::ResetDevice(std::uint32_t handle, std::uint32_t unused) {
   resetting.store(1);
   device->Reset();
   device->Pause();
-  for (int poll = 0; poll < kResetPolls && buffersInFlight.load() > 0; ++poll) {
-    platform::SleepMs(kResetPollMs);
-  }
+  WaitForBuffersBack(kResetWaitMs);
   resetting.store(0);
   {
     // Every buffer goes back to the device; none is free for the mixer

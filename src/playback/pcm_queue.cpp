@@ -50,15 +50,35 @@ int PcmQueue::Allocate(std::uint32_t newCapacity) {
   return 1;
 }
 
-void PcmQueue::WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until) {
+bool PcmQueue::WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until) {
   std::unique_lock guard(waitLock);
-  dataArrived.wait_until(guard, until,
-                         [&] { return wanted <= Fill() || IsEnded() || aborted.load(kRelaxed) != 0; });
+  dataWanted = dataWaiters++ == 0 ? wanted : std::min(dataWanted, wanted);
+  const bool came = dataArrived.wait_until(
+      guard, until, [&] { return wanted <= Fill() || IsEnded() || aborted.load(kRelaxed) != 0; });
+  if (--dataWaiters == 0) dataWanted = 0;
+  return came;
 }
 
-void PcmQueue::WakeReader() {
-  { std::lock_guard guard(waitLock); }
-  dataArrived.notify_all();
+bool PcmQueue::WaitForSamples(std::uint32_t wanted, int timeoutMs) {
+  return WaitForData(wanted, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
+}
+
+bool PcmQueue::WaitUntilEmpty(int timeoutMs) {
+  std::unique_lock guard(waitLock);
+  ++drainWaiters;
+  const bool done = emptied.wait_for(guard, std::chrono::milliseconds(timeoutMs),
+                                     [&] { return Fill() == 0 || aborted.load(kRelaxed) != 0; });
+  --drainWaiters;
+  return done;
+}
+
+void PcmQueue::WakeWaiters() {
+  std::lock_guard guard(waitLock);
+  const bool quit = aborted.load(kRelaxed) != 0;
+  // A writer wakes the reader only once its block is there: one wake per
+  // block instead of one per write.
+  if (dataWaiters != 0 && (quit || IsEnded() || dataWanted <= Fill())) dataArrived.notify_all();
+  if (drainWaiters != 0 && (quit || Fill() == 0)) emptied.notify_all();
 }
 
 int PcmQueue::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_t& got) {
@@ -81,20 +101,22 @@ int PcmQueue::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_
       }
     }
   }
-  std::lock_guard guard(lock);
+  std::unique_lock guard(lock);
   const std::uint32_t held = fill.load(kRelaxed);
   const std::uint32_t taken = std::min(wanted, held);
   std::memcpy(destination, samples.get(), taken * sizeof(std::int16_t));
   std::memmove(samples.get(), samples.get() + taken, (held - taken) * sizeof(std::int16_t));
   fill.store(held - taken, kRelaxed);
   got = taken;
+  guard.unlock();
+  if (held == taken) WakeWaiters();  // drained
   if (taken != 0) return 1;
   return IsEnded() ? 0 : 1;
 }
 
 int PcmQueue::Write(const std::int16_t* source, std::uint32_t count, std::uint32_t& written) {
   const int result = Store(source, count, written);
-  WakeReader();
+  WakeWaiters();
   return result;
 }
 
@@ -226,6 +248,11 @@ void PcmQueue::ApplyFadeIn(std::int16_t* first, std::uint32_t count) {
 
 void PcmQueue::FadeOutTail(std::uint32_t limit) {
   if (!samples) return;
+  FadeQueued(limit);
+  WakeWaiters();
+}
+
+void PcmQueue::FadeQueued(std::uint32_t limit) {
   // The caller holds the output's stream lock, which keeps the reader out;
   // the queue's own lock keeps a writer that is still running out as well.
   std::lock_guard guard(lock);
@@ -295,8 +322,11 @@ void PcmQueue::TrimTail() {
 }
 
 void PcmQueue::Clear() {
-  std::lock_guard guard(lock);
-  fill.store(0, kRelaxed);
+  {
+    std::lock_guard guard(lock);
+    fill.store(0, kRelaxed);
+  }
+  WakeWaiters();
 }
 
 }  // namespace playback

@@ -14,8 +14,10 @@
 // Threads: one writer (a decode thread) and one reader (a mixing thread);
 // SetParam and the tail operations come from either side or from the window
 // thread. `lock` guards the sample block; the words that the waits read
-// without it are relaxed atomics, where a stale value costs one more 10 ms
-// sleep. Waits poll with 10 ms sleeps; no events are used.
+// without it are relaxed atomics. A Read waiting for data and a wait for the
+// queue to drain sleep on conditions that the other side signals once they
+// hold, with the same time limits as a reader that slept and looked every
+// 10 ms; a Write waiting for room polls.
 #pragma once
 
 #include <atomic>
@@ -90,8 +92,15 @@ class PcmQueue {
   // Makes every blocked and later Read and Write return 0.
   void Abort() {
     aborted.store(1, std::memory_order_relaxed);
-    WakeReader();
+    WakeWaiters();
   }
+  // Waits until nothing is queued or the queue is aborted, at most
+  // `timeoutMs`; true when either has come.
+  bool WaitUntilEmpty(int timeoutMs);
+  // Waits until `wanted` samples are queued, the queue has ended or is
+  // aborted, at most `timeoutMs`; true when one of them has come (a Read of
+  // `wanted` samples would not wait then).
+  bool WaitForSamples(std::uint32_t wanted, int timeoutMs);
   std::uint32_t Marker() const { return marker.load(std::memory_order_relaxed); }
   bool IsEnded() const { return ended.load(std::memory_order_relaxed) != 0; }
   std::uint32_t UnderrunStrikes() const { return underrunStrikes.load(std::memory_order_relaxed); }
@@ -99,7 +108,7 @@ class PcmQueue {
   std::uint32_t TrimmedSamples() const { return trimmedSamples.load(std::memory_order_relaxed); }
 
  private:
-  // Write without the reader's wake.
+  // Write without the waiters' wake.
   int Store(const std::int16_t* source, std::uint32_t count, std::uint32_t& written);
   // With `lock` held: drops leading silence from the `count` new samples at
   // `first`; returns how many new samples are left there.
@@ -107,13 +116,16 @@ class PcmQueue {
   // With `lock` held: the fades on the `count` new samples at `first`.
   void ApplyFadeOut(std::int16_t* first, std::uint32_t count);
   void ApplyFadeIn(std::int16_t* first, std::uint32_t count);
+  // FadeOutTail without the waiters' wake.
+  void FadeQueued(std::uint32_t limit);
   // Scales `count` samples by gain / 256.
   static void Scale(std::int16_t* first, std::uint32_t count, std::uint32_t gain);
   // Waits until `wanted` samples are queued, the queue has ended or is
-  // aborted, or `until` has come.
-  void WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until);
-  // Wakes a Read waiting for data; called after fill, ended or aborted changed.
-  void WakeReader();
+  // aborted, or `until` has come; true for all but the last.
+  bool WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until);
+  // Wakes the waits whose condition now holds; called after fill, ended or
+  // aborted changed. Cheap when nobody waits: no wake is sent in vain.
+  void WakeWaiters();
 
   std::atomic<std::uint32_t> aborted{0};
   std::atomic<std::uint32_t> marker{kLiveMarker};
@@ -123,10 +135,17 @@ class PcmQueue {
   std::mutex lock;
   std::unique_ptr<std::int16_t[]> samples;
 
-  // A waiting Read sleeps on `dataArrived`; a writer takes `waitLock` after
-  // its change, so the wake can't fall between the reader's test and sleep.
+  // A wait for data sleeps on `dataArrived`, a wait for the drain on
+  // `emptied`. Each states what it waits for under `waitLock`, and whoever
+  // changes the queue looks at that under `waitLock` after the change, so a
+  // wake can't fall between a waiter's test and its sleep.
   std::mutex waitLock;
   std::condition_variable dataArrived;
+  std::condition_variable emptied;
+  // Guarded by waitLock.
+  int dataWaiters = 0;
+  std::uint32_t dataWanted = 0;  // the smallest count a waiter for data needs
+  int drainWaiters = 0;
 
   std::atomic<std::uint32_t> capacity{0};
   std::atomic<std::uint32_t> fill{0};  // changed under `lock`, polled without it

@@ -149,9 +149,13 @@ void StreamFeed::FinishTrack(platform::MessageTarget* notify) {
   if (!StopRequested() && notify != nullptr) notify->Post(kMessageTrackEnded, 0, 0);
 }
 
+// Looks at the level every 50 ms as before, but the mixer's taking of the
+// last samples (or the stream's removal) ends a look at once.
 void StreamFeed::WaitUntilDrained() {
-  while (!StopRequested() && output->QueuedSamples(handle.load(kRelaxed)) != 0) {
-    platform::SleepMs(kDrainPollMs);
+  for (;;) {
+    const std::uint32_t current = handle.load(kRelaxed);
+    if (StopRequested() || output->QueuedSamples(current) == 0) return;
+    output->WaitForEmptyQueue(current, kDrainPollMs);
   }
 }
 
