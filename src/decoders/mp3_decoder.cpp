@@ -49,7 +49,7 @@ bool Mp3Decoder::CanSeek() {
 
 void Mp3Decoder::SetDecodePriority(int priority) {
   decodePriority = priority;
-  if (thread.Joinable() && !threadEnded.IsSet()) thread.SetPriority(priority);
+  thread.SetPriority(priority);
 }
 
 std::uint32_t Mp3Decoder::GetDuration() {
@@ -139,23 +139,14 @@ bool Mp3Decoder::Play() {
   // A stream's pump signals at once that playback has begun, so Play
   // doesn't wait for the network.
   if ((isStream ? netStream == nullptr : file == nullptr) || backEnd == nullptr) return false;
-  thread.Join();
-  startedEvent.Reset();
-  threadEnded.Reset();
+  thread.Join();  // before the fields an old thread read change
   threadBackEnd = backEnd;
   threadNotify = notifyWindow;
   seekBase.store(0, std::memory_order_relaxed);
   feed.Arm(output);
-  const bool started = isStream ? thread.Start([this] { StreamPump(); }, decodePriority)
-                                : thread.Start([this] { FilePump(); }, decodePriority);
-  if (!started) {
-    threadEnded.Set();
-    return false;
-  }
-  if (platform::WaitForAny({&startedEvent, &threadEnded}) != 0) {
-    thread.Join();
-    return false;
-  }
+  const bool begun = isStream ? thread.Start([this] { StreamPump(); }, decodePriority)
+                              : thread.Start([this] { FilePump(); }, decodePriority);
+  if (!begun) return false;
   state = playback::kStatePlaying;
   return true;
 }

@@ -32,8 +32,7 @@
 
 #include "decoders/mp3_frame_header.h"
 #include "decoders/mp3_input_buffer.h"
-#include "platform/event.h"
-#include "platform/thread.h"
+#include "playback/decode_thread.h"
 #include "playback/media_decoder.h"
 #include "playback/stream_feed.h"
 
@@ -109,9 +108,7 @@ class Mp3Decoder : public playback::MediaDecoder {
   std::string path;
   bool isStream = false;
   bool closing = false;  // Stop runs inside Close: leave the stream alone
-  platform::Thread thread;
-  platform::Event startedEvent{true};  // the stream is open and playback has begun
-  platform::Event threadEnded{true};   // the thread has left (or was never started)
+  playback::DecodeThread thread;
 
   // Lock order: seekLock, then the feed's outputLock.
   // seekLock guards the file's position, the back-end, the input buffer and

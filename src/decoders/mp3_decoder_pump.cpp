@@ -5,7 +5,8 @@
 //     without a word, and Play fails.
 //  2. Playback begins: the back-end's init(0) and setformat; a PCM block of
 //     channels × 9216 bytes (one frame's output, the pump's only
-//     allocation); a held output stream (StreamFeed step 1); startedEvent.
+//     allocation); a held output stream (StreamFeed step 1); then Play
+//     learns that playback has begun.
 //     If the stream doesn't open the thread ends and Play fails.
 //  3. Per frame, under seekLock: when fewer than 4096 bytes are buffered,
 //     top the 8192-byte input buffer up from the file (nothing came and
@@ -48,22 +49,9 @@ constexpr std::size_t kDecodeThreshold = 4096;
 constexpr std::uint32_t kQueueHeadroom = 100;
 constexpr std::uint32_t kFramesDroppedAfterSeek = 2;
 
-// Sets an event when it goes out of scope.
-class SetOnExit {
- public:
-  explicit SetOnExit(platform::Event& target) : event(target) {}
-  ~SetOnExit() { event.Set(); }
-  SetOnExit(const SetOnExit&) = delete;
-  SetOnExit& operator=(const SetOnExit&) = delete;
-
- private:
-  platform::Event& event;
-};
-
 }  // namespace
 
 void Mp3Decoder::FilePump() {
-  SetOnExit signalEnd(threadEnded);
   if (!FindFirstFrame()) return;
   std::unique_ptr<std::int16_t[]> pcm;
   if (!BeginPlayback(pcm)) return;
@@ -101,7 +89,7 @@ bool Mp3Decoder::BeginPlayback(std::unique_ptr<std::int16_t[]>& pcm) {
     threadBackEnd->close(1);
     return false;
   }
-  startedEvent.Set();
+  thread.Begun();
   return true;
 }
 

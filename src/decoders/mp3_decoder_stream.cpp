@@ -1,7 +1,7 @@
 // Mp3Decoder: the decode thread of an internet stream (format 4).
 //
-//  1. startedEvent at once, so Play never waits for the network; then
-//     NetStream::Connect. Failing, the thread ends without a message (the
+//  1. Play learns at once that playback has begun, so it never waits for
+//     the network; then NetStream::Connect. Failing, the thread ends without a message (the
 //     client's status texts have said why).
 //  2. The format: in the first 2048 bytes, the first header whose frame is
 //     followed by another header. None: the thread ends. These 2048 bytes
@@ -48,14 +48,11 @@ std::optional<Mp3FrameHeader> FindFramePair(const std::uint8_t* bytes, std::size
 }  // namespace
 
 void Mp3Decoder::StreamPump() {
-  struct EndOfThread {
-    Mp3Decoder& decoder;
-    ~EndOfThread() {
-      decoder.netStream->Disconnect();
-      decoder.threadEnded.Set();
-    }
-  } endOfThread{*this};
-  startedEvent.Set();
+  struct DisconnectOnExit {
+    net::NetStream& stream;
+    ~DisconnectOnExit() { stream.Disconnect(); }
+  } disconnect{*netStream};
+  thread.Begun();
   if (!netStream->Connect() || !FindStreamFormat()) return;
   if (threadNotify != nullptr) threadNotify->Post(playback::kMessageFormatChanged, 0, 0);
   std::unique_ptr<std::int16_t[]> pcm;

@@ -107,22 +107,13 @@ bool OggDecoder::Play() {
   }
   if (state != playback::kStateStopped) return false;
   if (isStream ? netStream == nullptr : !handle) return false;
-  thread.Join();
-  startedEvent.Reset();
-  threadEnded.Reset();
+  thread.Join();  // before the fields an old thread read change
   threadNotify = notifyWindow;
   seekBase.store(0, kRelaxed);
   feed.Arm(output);
-  const bool started = isStream ? thread.Start([this] { StreamPump(); }, kOggThreadPriority)
-                                : thread.Start([this] { FilePump(); }, kOggThreadPriority);
-  if (!started) {
-    threadEnded.Set();
-    return false;
-  }
-  if (platform::WaitForAny({&startedEvent, &threadEnded}) != 0) {
-    thread.Join();
-    return false;
-  }
+  const bool begun = isStream ? thread.Start([this] { StreamPump(); }, kOggThreadPriority)
+                              : thread.Start([this] { FilePump(); }, kOggThreadPriority);
+  if (!begun) return false;
   state = playback::kStatePlaying;
   return true;
 }

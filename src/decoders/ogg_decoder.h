@@ -26,8 +26,7 @@
 
 #include "decoders/ogg_comments.h"
 #include "decoders/ogg_handle.h"
-#include "platform/event.h"
-#include "platform/thread.h"
+#include "playback/decode_thread.h"
 #include "playback/media_decoder.h"
 #include "playback/stream_feed.h"
 
@@ -80,9 +79,7 @@ class OggDecoder : public playback::MediaDecoder {
   bool isStream = false;
   bool sourceOpen = false;  // Open opened the shared source
   bool closing = false;     // Stop runs inside Close: leave the stream alone
-  platform::Thread thread;
-  platform::Event startedEvent{true};      // the stream is open and playback has begun
-  platform::Event threadEnded{true};       // the thread has left (or was never started)
+  playback::DecodeThread thread;
   std::atomic<bool> watchUnderrun{false};  // a stream's read may hold the output
 
   // sourceLock guards the handle: its position and its decoding.

@@ -2,7 +2,8 @@
 //
 // The file pump:
 //  1. Under sourceLock, back to the start of the file if a run before left
-//     it elsewhere. A held output stream (StreamFeed step 1); startedEvent.
+//     it elsewhere. A held output stream (StreamFeed step 1); then Play
+//     learns that playback has begun.
 //     If the stream doesn't open the thread ends and Play fails.
 //  2. Each pass: wait until 2048 more samples fit below two seconds less
 //     100 samples (1 to 10 ms looks), outside the lock. Then under
@@ -19,7 +20,7 @@
 //     track (step 5), which posts 2568.
 //
 // The stream pump differs in these points:
-//  1. startedEvent at once, then NetStream::Connect and Tremor's open, which
+//  1. Play learns at once that playback has begun, then NetStream::Connect and Tremor's open, which
 //     reads the headers from the network. Either failing ends the thread
 //     without a message; the client's status texts have said why.
 //  2. 2332 and 2333 are posted, then playback begins as in a file.
@@ -56,36 +57,22 @@ long TellNetwork(void* /*decoder*/) {
 }
 constexpr auto kRelaxed = std::memory_order_relaxed;
 
-// Sets an event when it goes out of scope.
-class SetOnExit {
- public:
-  explicit SetOnExit(platform::Event& target) : event(target) {}
-  ~SetOnExit() { event.Set(); }
-  SetOnExit(const SetOnExit&) = delete;
-  SetOnExit& operator=(const SetOnExit&) = delete;
-
- private:
-  platform::Event& event;
-};
-
 }  // namespace
 
 void OggDecoder::FilePump() {
-  SetOnExit signalEnd(threadEnded);
   {
     std::lock_guard guard(sourceLock);
     if (handle->Tell() != 0 && !handle->SeekPage(0)) return;
   }
   if (!BeginPlayback()) return;
-  startedEvent.Set();
+  thread.Begun();
   const PumpEnd end = PumpBlocks();
   feed.EndLoop();
   if (end == PumpEnd::kEnded) feed.FinishTrack(threadNotify);
 }
 
 void OggDecoder::StreamPump() {
-  SetOnExit signalEnd(threadEnded);
-  startedEvent.Set();
+  thread.Begun();
   struct DisconnectOnExit {
     net::NetStream& stream;
     ~DisconnectOnExit() { stream.Disconnect(); }
