@@ -189,6 +189,14 @@ WaveBufferQueue::Wait WaveBufferQueue::WaitForAudio(int timeoutMs) {
   return !paused && queuedCount > 0 ? Wait::kAudio : Wait::kIdle;
 }
 
+WaveBufferQueue::Wait WaveBufferQueue::WaitForPush(std::uint64_t since, int timeoutMs) {
+  std::unique_lock guard(lock);
+  audioReady.wait_for(guard, std::chrono::milliseconds(timeoutMs),
+                      [&] { return consumersStopped || pushCount != since; });
+  if (consumersStopped) return Wait::kStopped;
+  return pushCount != since ? Wait::kAudio : Wait::kIdle;
+}
+
 void WaveBufferQueue::StopConsumers() {
   {
     std::lock_guard guard(lock);
@@ -245,17 +253,23 @@ void WavePump::RunPaced() {
 
 // With a feed gate the pump goes in step with the writer: a buffer is taken
 // only once the writer has written one since the last take, and the gate
-// agrees. False once the consumers are stopped.
+// agrees. Both are waited for, not polled: the write wakes the pump, and the
+// gate waits in looks of kFeedLookMs. False once the consumers are stopped.
 bool WavePump::AwaitFeed() {
   if (!ready) return true;
-  for (int waited = 0; waited < kFeedWaitMs; ++waited) {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(kFeedWaitMs);
+  for (;;) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    if (left <= 0) break;
+    const WaveBufferQueue::Wait pushed = queue->WaitForPush(pushesAtTake, static_cast<int>(left));
+    if (pushed == WaveBufferQueue::Wait::kStopped) return false;
+    if (pushed == WaveBufferQueue::Wait::kIdle) break;
     const std::uint64_t pushes = queue->Pushes();
-    if (pushes != pushesAtTake && ready()) {
+    if (ready(kFeedLookMs)) {
       pushesAtTake = pushes;
       return true;
     }
-    if (queue->WaitForAudio(0) == WaveBufferQueue::Wait::kStopped) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   pushesAtTake = queue->Pushes();
   return true;

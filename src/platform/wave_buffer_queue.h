@@ -64,6 +64,9 @@ class WaveBufferQueue {
   // Waits until Take would give something, at most `timeoutMs`.
   enum class Wait { kAudio, kIdle, kStopped };
   Wait WaitForAudio(int timeoutMs);
+  // Waits until a buffer has been written since Pushes() gave `since`, at
+  // most `timeoutMs`: kAudio when one has, kIdle when the time ran out.
+  Wait WaitForPush(std::uint64_t since, int timeoutMs);
   // Makes every present and later WaitForAudio return kStopped.
   void StopConsumers();
 
@@ -105,11 +108,14 @@ class WaveBufferQueue {
 // card: at real time in 10 ms chunks, or as fast as buffers arrive.
 class WavePump {
  public:
-  // Asked before each unpaced chunk; while it says no the pump holds back,
-  // in 1 ms steps, for a second at most (a safety net: it then plays on).
-  // With it the pump also keeps in step with the writer (see AwaitFeed).
-  using FeedReady = std::function<bool()>;
+  // Asked before each unpaced chunk, with the milliseconds it may wait for
+  // its yes: one that says no must have waited that long (or until it
+  // changed its mind), so the pump never spins. While it says no the pump
+  // holds back, for a second at most (a safety net: it then plays on). With
+  // it the pump also keeps in step with the writer (see AwaitFeed).
+  using FeedReady = std::function<bool(int waitMs)>;
   static constexpr int kFeedWaitMs = 1000;
+  static constexpr int kFeedLookMs = 1;
 
   WavePump() = default;
   WavePump(const WavePump&) = delete;

@@ -34,7 +34,8 @@ struct CaptureOptions {
   // What DeviceCount reports; 0 acts out a machine without sound.
   int deviceCount = 1;
   // Unpaced only: asked before each buffer is played; while it says no the
-  // device holds back (up to WavePump::kFeedWaitMs). The render tool passes
+  // device holds back (up to WavePump::kFeedWaitMs). It may wait the
+  // milliseconds it is given for its yes, and must before it says no. The render tool passes
   // its feed gate (tools/render/feed_gate.h), so that a device that outruns
   // every decoder doesn't starve their streams.
   WavePump::FeedReady feedReady = nullptr;

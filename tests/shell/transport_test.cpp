@@ -75,7 +75,7 @@ class TransportTest : public shell_testing::PlayerAppTest {
     PlayerAppTest::SetUp();
     platform::CaptureOptions capture;
     capture.applyVolume = false;
-    capture.feedReady = [this] { return gate.Ready(); };
+    capture.feedReady = [this](int waitMs) { return gate.Ready(waitMs); };
     driver = std::make_shared<platform::CaptureDriver>(capture);
     platform::SetWaveOutDriver(driver);
     Start();

@@ -8,12 +8,15 @@
 // stream's last samples. The capture device, given this gate, plays a
 // buffer only once the engine has filled the one before (so the mixer has at
 // most one buffer to fill) and only while the newest stream has a block
-// queued, or no stream is left; a count that has stood still for kSettleMs
-// lets the buffer go too (a stream ending on a partial block, a hand-over to
-// the next track). So the mixer waits for data outside its locks.
+// queued or has ended, or no stream is left; a count that has stood still
+// for kSettleMs lets the buffer go too (a hand-over to the next track). So
+// the mixer waits for data outside its locks. The gate doesn't poll: it
+// sleeps on the stream's queue, which the decoder's write wakes once the
+// block is there.
 //
 // Threads: Ready runs on the devices' pump threads, Watch on the thread that
-// owns the output; Watch(nullptr) must come before the output goes.
+// owns the output; Watch(nullptr) must come before the output goes (it
+// waits for a Ready under way, a millisecond or so).
 #pragma once
 
 #include <chrono>
@@ -31,10 +34,15 @@ class FeedGate {
   static constexpr std::chrono::milliseconds kSettleMs{20};
 
   void Watch(playback::AudioOutput* output);
-  bool Ready();
+  // True when the device may play its next buffer; otherwise waits up to
+  // `waitMs` for that (the pump's feed contract).
+  bool Ready(int waitMs);
 
  private:
   using Clock = std::chrono::steady_clock;
+
+  // With `lock` held: true for a block queued or a count that settled.
+  bool Look(std::uint32_t newest);
 
   std::mutex lock;
   playback::AudioOutput* watched = nullptr;

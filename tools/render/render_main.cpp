@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
   capture.pace = platform::CapturePace::kUnpaced;
   capture.applyVolume = false;
   auto gate = std::make_shared<render::FeedGate>();
-  capture.feedReady = [gate] { return gate->Ready(); };
+  capture.feedReady = [gate](int waitMs) { return gate->Ready(waitMs); };
   auto driver = std::make_shared<platform::CaptureDriver>(capture);
   platform::SetWaveOutDriver(driver);
   int result = 0;

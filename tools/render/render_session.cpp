@@ -76,12 +76,12 @@ int RenderSession::Run(const std::string& registryFile) {
   app.OpenMedia(options.input, false);
   app.Run();  // until Finished; then it stops playback
   gate.Watch(nullptr);
-  const double wallSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+  playSeconds = std::chrono::duration<double>(Clock::now() - start).count();
 
   if (!WriteOutput()) return 1;
   std::fprintf(report, "%d track%s, %.3f s of audio in %.3f s: %.1fx real time\n", tracks,
-               tracks == 1 ? "" : "s", renderedSeconds, wallSeconds,
-               wallSeconds > 0 ? renderedSeconds / wallSeconds : 0.0);
+               tracks == 1 ? "" : "s", renderedSeconds, playSeconds,
+               playSeconds > 0 ? renderedSeconds / playSeconds : 0.0);
   return 0;
 }
 

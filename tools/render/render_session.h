@@ -42,6 +42,10 @@ class RenderSession {
                 std::FILE* report);
   // 0 on success, 1 when the player couldn't start or the output couldn't be written.
   int Run(const std::string& registryFile);
+  // Of the last Run: the seconds of audio written, and the wall-clock
+  // seconds from opening the input until the list had played out.
+  double AudioSeconds() const { return renderedSeconds; }
+  double PlaySeconds() const { return playSeconds; }
 
  private:
   void ApplyOptions(shell::PlayerApp& app);
@@ -62,6 +66,7 @@ class RenderSession {
   std::uint64_t lastFrames = 0;
   std::chrono::steady_clock::time_point lastProgress;
   double renderedSeconds = 0;
+  double playSeconds = 0;
 };
 
 }  // namespace render
