@@ -14,31 +14,10 @@
 #include <mad.h>
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
-#include "decoders/id3v2.h"
 #include "decoders/libmad_back_end.h"
 #include "mp3_bench_media.h"
-
-namespace mp3_bench {
-
-const std::vector<std::uint8_t>& RepeatedMp3() {
-  static const std::vector<std::uint8_t> bytes = [] {
-    std::ifstream in(TS_TEST_DATA_DIR "/decoders/cbr128_44k_stereo.mp3", std::ios::binary);
-    const std::vector<std::uint8_t> file(std::istreambuf_iterator<char>(in), {});
-    const std::size_t start = decoders::Id3v2TagLength(file);
-    const std::size_t end = file.size() >= 128 ? file.size() - 128 : file.size();  // ID3v1
-    std::vector<std::uint8_t> repeated;
-    for (int i = 0; i < kRepeats && start < end; ++i)
-      repeated.insert(repeated.end(), file.begin() + start, file.begin() + end);
-    return repeated;
-  }();
-  return bytes;
-}
-
-}  // namespace mp3_bench
 
 namespace {
 

@@ -11,5 +11,7 @@ inline constexpr int kRepeats = 30;
 inline constexpr double kSampleRate = 44100;
 
 const std::vector<std::uint8_t>& RepeatedMp3();
+// Seconds of sound in it: 1152 samples a frame.
+double RepeatedMp3Seconds();
 
 }  // namespace mp3_bench

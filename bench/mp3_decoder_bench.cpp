@@ -21,7 +21,6 @@
 
 #include "decoders/libmad_back_end.h"
 #include "decoders/mp3_decoder.h"
-#include "decoders/mp3_frame_header.h"
 #include "mp3_bench_media.h"
 #include "platform/message_queue.h"
 #include "platform/wave_out_capture.h"
@@ -45,13 +44,7 @@ struct Mp3File {
     const std::vector<std::uint8_t>& bytes = mp3_bench::RepeatedMp3();
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    std::size_t frames = 0;
-    for (std::size_t at = 0; at + 4 <= bytes.size(); ++frames) {
-      const auto header = decoders::ParseMp3FrameHeader(bytes.data() + at);
-      if (!header) break;
-      at += header->frameBytes;
-    }
-    seconds = static_cast<double>(frames) * 1152 / mp3_bench::kSampleRate;
+    seconds = mp3_bench::RepeatedMp3Seconds();
   }
   ~Mp3File() { std::filesystem::remove_all(folder); }
 };
