@@ -9,12 +9,15 @@ CaptureTap::CaptureTap(CapturePace devicePace, std::uint32_t rate, int deviceCha
 
 std::vector<std::int16_t> CaptureTap::Samples() const {
   std::lock_guard guard(recordLock);
-  return recorded;
+  std::vector<std::int16_t> all;
+  all.reserve(recordedCount);
+  for (const auto& chunk : recorded) all.insert(all.end(), chunk.begin(), chunk.end());
+  return all;
 }
 
 std::size_t CaptureTap::SampleCount() const {
   std::lock_guard guard(recordLock);
-  return recorded.size();
+  return recordedCount;
 }
 
 int CaptureTap::Resets() const {
@@ -25,7 +28,17 @@ int CaptureTap::Resets() const {
 void CaptureTap::Recorded(void* context, const std::int16_t* samples, std::size_t count) {
   auto* tap = static_cast<CaptureTap*>(context);
   std::lock_guard guard(tap->recordLock);
-  tap->recorded.insert(tap->recorded.end(), samples, samples + count);
+  tap->recordedCount += count;
+  while (count > 0) {
+    if (tap->recorded.empty() || tap->recorded.back().size() == kChunkSamples) {
+      tap->recorded.emplace_back().reserve(kChunkSamples);
+    }
+    std::vector<std::int16_t>& chunk = tap->recorded.back();
+    const std::size_t run = std::min(count, kChunkSamples - chunk.size());
+    chunk.insert(chunk.end(), samples, samples + run);
+    samples += run;
+    count -= run;
+  }
 }
 
 std::size_t CaptureTap::Advance(std::size_t buffers) {

@@ -74,8 +74,13 @@ class CaptureTap {
   WaveBufferQueue queue;
   WavePump pump;
 
-  mutable std::mutex recordLock;  // guards the two below; taken inside the queue's lock
-  std::vector<std::int16_t> recorded;
+  // The recording grows in chunks that are never moved, so that a long
+  // recording doesn't copy all it holds each time it outgrows its block.
+  static constexpr std::size_t kChunkSamples = std::size_t{1} << 18;
+
+  mutable std::mutex recordLock;                    // guards the three below; taken inside the queue's lock
+  std::vector<std::vector<std::int16_t>> recorded;  // full chunks, then the one filling
+  std::size_t recordedCount = 0;
   int resets = 0;
 };
 
