@@ -149,8 +149,8 @@ void StreamFeed::FinishTrack(platform::MessageTarget* notify) {
   if (!StopRequested() && notify != nullptr) notify->Post(kMessageTrackEnded, 0, 0);
 }
 
-// Looks at the level every 50 ms as before, but the mixer's taking of the
-// last samples (or the stream's removal) ends a look at once.
+// Looks at the level at least every 50 ms; the mixer's taking of the last
+// samples (or the stream's removal) ends a look at once.
 void StreamFeed::WaitUntilDrained() {
   for (;;) {
     const std::uint32_t current = handle.load(kRelaxed);
