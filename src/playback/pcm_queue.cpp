@@ -123,8 +123,11 @@ int PcmQueue::Write(const std::int16_t* source, std::uint32_t count, std::uint32
 int PcmQueue::Store(const std::int16_t* source, std::uint32_t count, std::uint32_t& written) {
   if (!samples) return 0;
   if (count == 0) {
+    // The trim and the end in one hold of the lock: a reader that sees the
+    // end must not take the tail before it is trimmed.
+    std::lock_guard guard(lock);
+    TrimTailLocked();
     ended.store(1, kRelaxed);
-    TrimTail();
     return 0;
   }
   if (!source) return 0;
@@ -310,9 +313,13 @@ void PcmQueue::SetParam(int operation, std::uint32_t value) {
 
 void PcmQueue::TrimTail() {
   if (!samples) return;
+  std::lock_guard guard(lock);
+  TrimTailLocked();
+}
+
+void PcmQueue::TrimTailLocked() {
   const std::uint32_t threshold = silenceThreshold.load(kRelaxed);
   if (threshold == kTrimOff) return;
-  std::lock_guard guard(lock);
   for (std::uint32_t index = fill.load(kRelaxed); index-- > 0;) {
     if (Magnitude(samples[index]) >= threshold) {
       fill.store(index, kRelaxed);  // the loud sample itself goes too

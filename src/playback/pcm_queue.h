@@ -116,6 +116,8 @@ class PcmQueue {
   // With `lock` held: the fades on the `count` new samples at `first`.
   void ApplyFadeOut(std::int16_t* first, std::uint32_t count);
   void ApplyFadeIn(std::int16_t* first, std::uint32_t count);
+  // TrimTail with `lock` held.
+  void TrimTailLocked();
   // FadeOutTail without the waiters' wake.
   void FadeQueued(std::uint32_t limit);
   // Scales `count` samples by gain / 256.
