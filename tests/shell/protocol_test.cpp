@@ -115,7 +115,8 @@ class ProtocolTest : public shell_testing::PlayerAppTest {
     platform::CaptureOptions capture;
     capture.pace = pace;
     capture.applyVolume = false;
-    if (pace == platform::CapturePace::kUnpaced) capture.feedReady = [this] { return gate.Ready(); };
+    if (pace == platform::CapturePace::kUnpaced)
+      capture.feedReady = [this](int waitMs) { return gate.Ready(waitMs); };
     driver = std::make_shared<platform::CaptureDriver>(capture);
     platform::SetWaveOutDriver(driver);
     Start();
