@@ -195,7 +195,11 @@ void StreamFeed::Stop(bool closing) {
       // The old stream fades out by itself while the next track starts.
       output->ControlStream(current, kStreamFadeTail, 0);
       output->ControlStream(current, kStreamPlay, 0);
-    } else if (!closing) {
+    } else if (!closing || !loopEnded) {
+      // Inside Close only a finished track's stream stays for the next one.
+      // A thread closed before its end (an end-of-track message that came
+      // after the user had moved on closes the track that followed) leaves
+      // a stream that nothing would feed or start: it goes.
       output->ControlStream(current, kStreamRemove, 0);
     }
   }

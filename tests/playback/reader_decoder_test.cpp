@@ -175,6 +175,20 @@ TEST_F(ReaderDecoderTest, StopRemovesTheStreamOrWithCrossfadeLetsItFadeOutAlone)
   EXPECT_EQ(notify.PendingCount(), 0u) << "a stop is no end of track";
 }
 
+// An end of track that comes after the user moved on closes the track that
+// followed, in the middle: its stream goes, as nothing would feed or end it.
+TEST_F(ReaderDecoderTest, CloseBeforeTheEndRemovesTheStream) {
+  UseCapture(CapturePace::kStepped);
+  PatternReader& reader = MakeReader(8000, 2, 80000);
+  ReaderDecoder& pattern = Wire(reader);
+  ASSERT_TRUE(pattern.Open("/any"));
+  ASSERT_TRUE(pattern.Play());
+  ASSERT_TRUE(WaitUntil([&] { return output->QueuedSamples(output->LastHandle()) == 32000u; }));
+  pattern.Close();
+  EXPECT_EQ(output->StreamCount(), 0);
+  EXPECT_EQ(notify.PendingCount(), 0u);
+}
+
 // --- Seek -------------------------------------------------------------------------------------
 
 TEST_F(ReaderDecoderTest, SeekGoesOnInANewStreamFromThePosition) {
