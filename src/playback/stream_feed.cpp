@@ -195,12 +195,14 @@ void StreamFeed::Stop(bool closing) {
       // The old stream fades out by itself while the next track starts.
       output->ControlStream(current, kStreamFadeTail, 0);
       output->ControlStream(current, kStreamPlay, 0);
-    } else if (!closing || !loopEnded) {
-      // Inside Close only a finished track's stream stays for the next one.
-      // A thread closed before its end (an end-of-track message that came
-      // after the user had moved on closes the track that followed) leaves
-      // a stream that nothing would feed or start: it goes.
+    } else if (!closing) {
       output->ControlStream(current, kStreamRemove, 0);
+    } else if (prefilling) {
+      // Closed while still held in its prefill (an end-of-track message
+      // that came after the user had moved on closes the track that
+      // followed): it starts, as the end of a short track starts it, and
+      // plays out what it has instead of waiting held for ever.
+      output->ControlStream(current, kStreamPlay, 0);
     }
   }
   handle.store(kInvalidHandle, kRelaxed);

@@ -32,8 +32,8 @@
 //     stream) or removed. seekGuard = 4, and the thread prefills again.
 //  7. Stop: the stop flag first, then the stream fades out and plays
 //     (crossfade; one held in prefill is heard fading too), is removed, or
-//     inside Close, once the thread has reached its end, is left alone for
-//     the next track; the handle is forgotten.
+//     inside Close is left alone for the next track (one still held in
+//     prefill starts, as at step 4); the handle is forgotten.
 //
 // Threads: Arm, HandOver, Stop and PlayedFrames on the window thread; the
 // rest on the decode thread. The handle, the stream's shape, the seek guard
@@ -101,8 +101,7 @@ class StreamFeed {
   // Step 6, with the decoder's source lock held. Every result but
   // kLoopEnded and kRefused counts as a seek: guard, prefill and stamp.
   HandOverResult HandOver();
-  // Step 7. `closing`: inside Close, a finished track's stream stays for
-  // the next track.
+  // Step 7. `closing`: inside Close, the stream stays for the next track.
   void Stop(bool closing);
   // Only the stop flag: the thread leaves and the output isn't touched (a
   // decoder's destructor).
