@@ -57,6 +57,7 @@ std::uint32_t AudioOutput::OpenStream(int reuse, int held, std::uint32_t sampleR
   if (sampleRate == format.samplesPerSec) {
     const std::uint32_t handle = OpenLocalStream(reuse, channels, held, capacity);
     lastHandle.store(handle);
+    newestHandle.store(handle);
     return handle;
   }
 
@@ -71,7 +72,9 @@ std::uint32_t AudioOutput::OpenStream(int reuse, int held, std::uint32_t sampleR
     if (engine->format.samplesPerSec == sampleRate) {
       // An existing engine takes the stream; lastHandle stays as it is.
       const std::uint32_t id = engine->OpenLocalStream(reuse, channels, held, capacity);
-      return id == kInvalidHandle ? kInvalidHandle : MakeHandle(place, id);
+      if (id == kInvalidHandle) return kInvalidHandle;
+      newestHandle.store(MakeHandle(place, id));
+      return MakeHandle(place, id);
     }
   }
   if (freePlace < 0) return kInvalidHandle;  // a fifth rate in one run
@@ -87,6 +90,7 @@ std::uint32_t AudioOutput::OpenStream(int reuse, int held, std::uint32_t sampleR
   if (id == kInvalidHandle) return kInvalidHandle;  // the engine stays
   const std::uint32_t handle = MakeHandle(freePlace, id);
   lastHandle.store(handle);
+  newestHandle.store(handle);
   return handle;
 }
 
@@ -307,6 +311,7 @@ bool AudioOutput::WaitForQueuedSamples(std::uint32_t handle, std::uint32_t sampl
 }
 
 std::uint32_t AudioOutput::LastHandle() const { return lastHandle.load(); }
+std::uint32_t AudioOutput::NewestHandle() const { return newestHandle.load(); }
 
 void AudioOutput::SetEffect(AudioEffect* newEffect) {
   effect.store(newEffect);

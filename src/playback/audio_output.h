@@ -128,6 +128,9 @@ class AudioOutput {
   bool WaitForQueuedSamples(std::uint32_t handle, std::uint32_t samples, int timeoutMs);
   // The handle of the last stream the root opened on a new engine or itself.
   std::uint32_t LastHandle() const;
+  // The handle of the last stream the root opened, on whichever engine (a
+  // stream on an engine that already existed doesn't change LastHandle).
+  std::uint32_t NewestHandle() const;
   // The effect run over each mixed block; set on the root, which hands it to
   // every engine (existing ones too). Null runs no effect.
   void SetEffect(AudioEffect* newEffect);
@@ -226,6 +229,7 @@ class AudioOutput {
 
   std::atomic<std::uint32_t> volume{65535};  // last left volume
   std::atomic<std::uint32_t> lastHandle{kInvalidHandle};
+  std::atomic<std::uint32_t> newestHandle{kInvalidHandle};
 };
 
 }  // namespace playback

@@ -15,7 +15,7 @@ bool FeedGate::Ready(int waitMs) {
   // Held through the wait, so the output can't go meanwhile (see Watch).
   std::lock_guard guard(lock);
   if (watched == nullptr || watched->StreamCount() == 0) return true;
-  const std::uint32_t newest = watched->LastHandle();
+  const std::uint32_t newest = watched->NewestHandle();
   if (newest == playback::kInvalidHandle || Look(newest)) return true;
   // A block queued, or the end of the stream, wakes the wait.
   if (watched->WaitForQueuedSamples(newest, playback::kBlockSamples, waitMs)) return true;
