@@ -12,22 +12,18 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "capture_app_fixture.h"
 #include "decoders/wav_test_files.h"
-#include "feed_gate.h"
-#include "platform/wave_out.h"
-#include "platform/wave_out_capture.h"
 #include "playback/audio_mixer.h"
 #include "playback/audio_output.h"
 #include "playback/media_decoder.h"
-#include "playback/playback_settings.h"
-#include "player_app_fixture.h"
+#include "support/command_decode.h"
 
 namespace {
 
@@ -90,45 +86,12 @@ int LargestError(const Samples& mono, std::size_t from, std::size_t count,
   return static_cast<int>(worst);
 }
 
-// oggdec's decode of an Ogg file, 16-bit as in the file; empty if it fails.
-Samples OggReference(const std::string& path) {
-  Samples pcm;
-  FILE* pipe = popen(("oggdec -Q -R -b 16 -e 0 -s 1 -o - '" + path + "' 2>/dev/null").c_str(), "r");
-  if (pipe == nullptr) return pcm;
-  std::int16_t chunk[4096];
-  std::size_t got = 0;
-  while ((got = std::fread(chunk, sizeof chunk[0], std::size(chunk), pipe)) > 0)
-    pcm.insert(pcm.end(), chunk, chunk + got);
-  if (pclose(pipe) != 0) pcm.clear();
-  return pcm;
-}
-
-class ProtocolTest : public shell_testing::PlayerAppTest {
+class ProtocolTest : public shell_testing::CaptureAppTest {
  protected:
-  void TearDown() override {
-    gate.Watch(nullptr);
-    PlayerAppTest::TearDown();
-    SetOptions(true, true, true);
-    platform::SetWaveOutDriver(nullptr);
-  }
   void StartWith(platform::CapturePace pace) {
-    platform::CaptureOptions capture;
-    capture.pace = pace;
-    capture.applyVolume = false;
-    if (pace == platform::CapturePace::kUnpaced)
-      capture.feedReady = [this](int waitMs) { return gate.Ready(waitMs); };
-    driver = std::make_shared<platform::CaptureDriver>(capture);
-    platform::SetWaveOutDriver(driver);
-    Start();
-    gate.Watch(&app->Output());
+    CaptureAppTest::StartWith(pace);
     app->SetShuffle(false);
     app->SetRepeat(false);
-  }
-  static void SetOptions(bool crossfade, bool gapless, bool trimSilence) {
-    playback::PlaybackSettings& options = playback::Playback();
-    playback::PlaybackSettings::Write(options.crossfade, crossfade);
-    playback::PlaybackSettings::Write(options.gapless, gapless);
-    playback::PlaybackSettings::Write(options.trimSilence, trimSilence);
   }
   std::string AddTrack(const std::string& name, const Samples& samples, std::uint32_t rate = kRate,
                        std::uint16_t channels = 2) {
@@ -138,37 +101,9 @@ class ProtocolTest : public shell_testing::PlayerAppTest {
     return path;
   }
 
-  // Runs the window's messages until `done` holds; false only on a hang.
-  bool RunUntil(const std::function<bool()>& done, int limitMs = 30000) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
-    while (!done()) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      Window().queue.WaitAndDispatch(2);
-    }
-    return true;
-  }
   // Stepped devices: plays all that every device holds.
   void StepAll() {
     for (const auto& tap : driver->Taps()) tap->Advance(tap->QueuedBuffers());
-  }
-  // Nothing plays or is queued, and every device is paused or has had
-  // nothing to play for a while.
-  bool PlayedOut() {
-    const auto now = std::chrono::steady_clock::now();
-    std::size_t recorded = 0;
-    for (const auto& tap : driver->Taps()) recorded += tap->SampleCount();
-    if (recorded != lastRecorded) {
-      lastRecorded = recorded;
-      lastRecording = now;
-    }
-    if (Window().queue.PendingCount() != 0 || app->DecoderState() != playback::kStateStopped ||
-        app->Output().StreamCount() != 0)
-      return false;
-    const bool quiet = now - lastRecording > std::chrono::milliseconds(100);
-    const auto taps = driver->Taps();
-    return std::all_of(taps.begin(), taps.end(), [&](const auto& tap) {
-      return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0);
-    });
   }
   // Stepped devices: every engine has mixed all the buffers it was given back.
   bool MixerCaughtUp() {
@@ -203,10 +138,6 @@ class ProtocolTest : public shell_testing::PlayerAppTest {
     return (enginePlace + 1) << 16 | id;
   }
 
-  render::FeedGate gate;
-  std::shared_ptr<platform::CaptureDriver> driver;
-  std::size_t lastRecorded = 0;
-  std::chrono::steady_clock::time_point lastRecording;
 };
 
 class CrossfadeTest : public ProtocolTest, public testing::WithParamInterface<std::uint32_t> {};
@@ -379,7 +310,8 @@ TEST_F(ProtocolTest, ATrackShorterThanThePrefillSoundsWhateverTheOptions) {
   const Samples shortTrack = Banded(2, 2800);
   const std::string wav = AddTrack("short.wav", shortTrack);
   const std::string ogg = TS_OGG_DATA_DIR "/short_8k_mono.ogg";
-  const Samples reference = OggReference(ogg);
+  const Samples reference =
+      testing_support::DecodeWith("oggdec -Q -R -b 16 -e 0 -s 1 -o - '" + ogg + "' 2>/dev/null");
   ASSERT_GT(reference.size(), 3000u);
 
   struct Options {

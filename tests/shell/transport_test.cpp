@@ -16,12 +16,9 @@
 #include <vector>
 
 #include "decoders/wav_test_files.h"
-#include "feed_gate.h"
-#include "platform/wave_out.h"
-#include "platform/wave_out_capture.h"
 #include "playback/media_decoder.h"
+#include "capture_app_fixture.h"
 #include "playback/playback_settings.h"
-#include "player_app_fixture.h"
 #include "shell/window_messages.h"
 
 namespace {
@@ -69,32 +66,13 @@ Samples WithoutSilentFrames(const Samples& samples) {
   return sounding;
 }
 
-class TransportTest : public shell_testing::PlayerAppTest {
+class TransportTest : public shell_testing::CaptureAppTest {
  protected:
   void SetUp() override {
-    PlayerAppTest::SetUp();
-    platform::CaptureOptions capture;
-    capture.applyVolume = false;
-    capture.feedReady = [this](int waitMs) { return gate.Ready(waitMs); };
-    driver = std::make_shared<platform::CaptureDriver>(capture);
-    platform::SetWaveOutDriver(driver);
-    Start();
-    gate.Watch(&app->Output());
-    SetOptions(false, false);  // after the settings load, which brings the stored ones
+    CaptureAppTest::SetUp();
+    StartWith(platform::CapturePace::kUnpaced);
+    SetOptions(false, false, false);
     app->Settings().skipSeconds = 10;
-  }
-  void TearDown() override {
-    gate.Watch(nullptr);
-    PlayerAppTest::TearDown();
-    SetOptions(true, true);
-    playback::PlaybackSettings::Write(playback::Playback().trimSilence, true);
-    platform::SetWaveOutDriver(nullptr);
-  }
-  static void SetOptions(bool crossfade, bool gapless) {
-    playback::PlaybackSettings& options = playback::Playback();
-    playback::PlaybackSettings::Write(options.crossfade, crossfade);
-    playback::PlaybackSettings::Write(options.gapless, gapless);
-    playback::PlaybackSettings::Write(options.trimSilence, false);
   }
 
   std::string WriteTrack(const std::string& name, const Samples& samples) {
@@ -125,46 +103,6 @@ class TransportTest : public shell_testing::PlayerAppTest {
     return tracks;
   }
 
-  // Runs the window's messages until `done` holds; false only on a hang.
-  bool RunUntil(const std::function<bool()>& done, int limitMs = 30000) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
-    while (!done()) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      Window().queue.WaitAndDispatch(2);
-    }
-    return true;
-  }
-  // Nothing plays, nothing is queued, and every device has played all it
-  // was given: it was paused, or it holds no buffer and has recorded nothing
-  // for a while (a resume after a stop restarts a device the engine had
-  // already put to sleep).
-  bool PlayedOut() {
-    const auto now = std::chrono::steady_clock::now();
-    std::size_t recorded = 0;
-    for (const auto& tap : driver->Taps()) recorded += tap->SampleCount();
-    if (recorded != lastRecorded) {
-      lastRecorded = recorded;
-      lastRecording = now;
-    }
-    if (Window().queue.PendingCount() != 0 || app->DecoderState() != playback::kStateStopped ||
-        app->Output().StreamCount() != 0)
-      return false;
-    const bool quiet = now - lastRecording > std::chrono::milliseconds(100);
-    const auto taps = driver->Taps();
-    return std::all_of(taps.begin(), taps.end(), [&](const auto& tap) {
-      return tap->IsPaused() || (quiet && tap->QueuedBuffers() == 0);
-    });
-  }
-  // What PlayedOut looks at, for a failure's message.
-  std::string OutputState() {
-    std::string state = "decoder state " + std::to_string(app->DecoderState()) + ", streams " +
-                        std::to_string(app->Output().StreamCount()) + ", pending " +
-                        std::to_string(Window().queue.PendingCount());
-    for (const auto& tap : driver->Taps())
-      state += "; a device " + std::string(tap->IsPaused() ? "paused" : "running") + " holding " +
-               std::to_string(tap->QueuedBuffers()) + " buffers";
-    return state;
-  }
   Samples Captured() {
     Samples all;
     for (const auto& tap : driver->Taps()) {
@@ -177,10 +115,6 @@ class TransportTest : public shell_testing::PlayerAppTest {
     return static_cast<int>(std::count(app->handled.begin(), app->handled.end(), message));
   }
 
-  render::FeedGate gate;
-  std::size_t lastRecorded = 0;
-  std::chrono::steady_clock::time_point lastRecording;
-  std::shared_ptr<platform::CaptureDriver> driver;
 };
 
 // A three-track list opened as the user opens it plays to its end and
@@ -218,7 +152,7 @@ TEST_F(TransportTest, AListPlaysItsTracksInOrderToItsEnd) {
 // the list the application ends that stream, so the last track plays out
 // whole and the stream goes.
 TEST_F(TransportTest, AGaplessListEndsTheLastStreamAtItsEnd) {
-  SetOptions(false, true);
+  SetOptions(false, true, false);
   const std::vector<Samples> tracks = OpenList(3);
   ASSERT_TRUE(RunUntil([&] { return PlayedOut(); }));
 
@@ -248,7 +182,7 @@ TEST_F(TransportTest, StepsWhileStoppedOnlyMoveTheSelectionAndTheTitle) {
 }
 
 TEST_F(TransportTest, NextAtTheEndWithoutRepeatStopsAndPlaysNothingMore) {
-  SetOptions(false, true);
+  SetOptions(false, true, false);
   MakeList(2, 40000);
   Send(kMessageNext, 0);
   Send(kMessagePlay, 1);
@@ -370,7 +304,7 @@ TEST_F(TransportTest, MuteSilencesTheDeviceAndAnUnmuteBringsBackOnlyTheLeftChann
 class TransportStressTest : public TransportTest, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(TransportStressTest, RandomTransportNeverHangsNorSoundsTwoTracksAtOnce) {
-  SetOptions(false, GetParam());
+  SetOptions(false, GetParam(), false);
   Send(kMessageSetRepeat, 1);
   MakeList(3);
   constexpr std::uint32_t kMessages[] = {kMessagePlay,      kMessageStop,        kMessageTogglePause,
