@@ -21,10 +21,7 @@
 #include <memory>
 #include <string>
 
-#include "feed_gate.h"
 #include "mp3_bench_media.h"
-#include "platform/wave_out.h"
-#include "platform/wave_out_capture.h"
 #include "private_settings.h"
 #include "render_options.h"
 #include "render_session.h"
@@ -91,22 +88,22 @@ void RenderChain(benchmark::State& state) {
   const double trackSeconds = mp3_bench::RepeatedMp3Seconds();
   double playSeconds = 0;
   for (auto _ : state) {
-    platform::CaptureOptions capture;
-    capture.pace = platform::CapturePace::kUnpaced;
-    capture.applyVolume = false;
-    auto gate = std::make_shared<render::FeedGate>();
-    capture.feedReady = [gate](int waitMs) { return gate->Ready(waitMs); };
-    auto driver = std::make_shared<platform::CaptureDriver>(capture);
-    platform::SetWaveOutDriver(driver);
-    render::RenderSession session(options, driver, *gate, report);
-    const int result = session.Run(world.settings->RegistryFile());
-    platform::SetWaveOutDriver(nullptr);
-    if (result != 0 || session.AudioSeconds() + 0.5 < trackSeconds) {
+    double audioSeconds = 0;
+    double sessionSeconds = 0;
+    int result = 0;
+    {
+      render::GatedCapture capture;
+      render::RenderSession session(options, capture.Driver(), capture.Gate(), report);
+      result = session.Run(world.settings->RegistryFile());
+      audioSeconds = session.AudioSeconds();
+      sessionSeconds = session.PlaySeconds();
+    }
+    if (result != 0 || audioSeconds + 0.5 < trackSeconds) {
       std::fclose(report);
       return state.SkipWithError("the file did not render whole");
     }
-    state.SetIterationTime(session.PlaySeconds());
-    playSeconds += session.PlaySeconds();
+    state.SetIterationTime(sessionSeconds);
+    playSeconds += sessionSeconds;
   }
   std::fclose(report);
   const double iterations = static_cast<double>(state.iterations());

@@ -12,9 +12,6 @@
 #include <string>
 #include <vector>
 
-#include "feed_gate.h"
-#include "platform/wave_out.h"
-#include "platform/wave_out_capture.h"
 #include "private_settings.h"
 #include "render_options.h"
 #include "render_session.h"
@@ -50,18 +47,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "tavrinsonic-render: can't make a temporary folder\n");
     return 1;
   }
-  platform::CaptureOptions capture;
-  capture.pace = platform::CapturePace::kUnpaced;
-  capture.applyVolume = false;
-  auto gate = std::make_shared<render::FeedGate>();
-  capture.feedReady = [gate](int waitMs) { return gate->Ready(waitMs); };
-  auto driver = std::make_shared<platform::CaptureDriver>(capture);
-  platform::SetWaveOutDriver(driver);
-  int result = 0;
-  {
-    render::RenderSession session(*options, driver, *gate, stdout);
-    result = session.Run(world.RegistryFile());
-  }
-  platform::SetWaveOutDriver(nullptr);
-  return result;
+  render::GatedCapture capture;
+  render::RenderSession session(*options, capture.Driver(), capture.Gate(), stdout);
+  return session.Run(world.RegistryFile());
 }

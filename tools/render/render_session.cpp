@@ -7,6 +7,7 @@
 #include "effects/equalizer.h"
 #include "platform/device_volume.h"
 #include "platform/registry.h"
+#include "platform/wave_out.h"
 #include "playback/audio_output.h"
 #include "playback/media_decoder.h"
 #include "playback/playback_settings.h"
@@ -15,6 +16,17 @@
 #include "wav_writer.h"
 
 namespace render {
+
+GatedCapture::GatedCapture() {
+  platform::CaptureOptions capture;
+  capture.pace = platform::CapturePace::kUnpaced;
+  capture.applyVolume = false;
+  capture.feedReady = [held = gate](int waitMs) { return held->Ready(waitMs); };
+  driver = std::make_shared<platform::CaptureDriver>(capture);
+  platform::SetWaveOutDriver(driver);
+}
+
+GatedCapture::~GatedCapture() { platform::SetWaveOutDriver(nullptr); }
 namespace {
 
 using Clock = std::chrono::steady_clock;

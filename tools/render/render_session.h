@@ -31,6 +31,24 @@ class PlayerApp;
 
 namespace render {
 
+// An unpaced capture device held to the decoders' pace by a feed gate,
+// installed as the process's wave driver from construction to destruction.
+// Make it before the session that plays into it.
+class GatedCapture {
+ public:
+  GatedCapture();
+  ~GatedCapture();
+  GatedCapture(const GatedCapture&) = delete;
+  GatedCapture& operator=(const GatedCapture&) = delete;
+
+  FeedGate& Gate() { return *gate; }
+  const std::shared_ptr<platform::CaptureDriver>& Driver() const { return driver; }
+
+ private:
+  std::shared_ptr<FeedGate> gate = std::make_shared<FeedGate>();
+  std::shared_ptr<platform::CaptureDriver> driver;
+};
+
 class RenderSession {
  public:
   static constexpr int kStallSeconds = 30;
