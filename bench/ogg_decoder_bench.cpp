@@ -10,11 +10,21 @@
 //                      decoder costs (target: 0.87 of the bare loop or more)
 //   OggDecoderToCapture the whole pipeline: the real output engine into an
 //                      unpaced capture device, all options off
+//   QueueBesideBare,   the bare loop and the decoder to the queue (or the
+//   CaptureBesideBare  whole pipeline) in turn, one of each per iteration,
+//                      so that a machine whose speed drifts during the run
+//                      moves both sides alike. "of_bare" is the bare loop's
+//                      time over the other's, "of_bare_median" the median of
+//                      that ratio per iteration, which a stray slow pass
+//                      moves least; run them for 30 s or more
+//                      (--benchmark_min_time=30) on this noisy a machine.
 #include <benchmark/benchmark.h>
 #include <tremor/ivorbisfile.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -71,21 +81,29 @@ void AllOptionsOff() {
   }
 }
 
-void BareTremor(benchmark::State& state) {
+// Decodes the file once with Tremor alone; false when it can't be opened or
+// comes out short.
+bool BareDecodeOnce() {
   std::vector<char> pcm(4096);
+  FILE* file = std::fopen(TheFile().path.c_str(), "rb");
+  OggVorbis_File vorbis;
+  if (file == nullptr) return false;
+  if (ov_open(file, &vorbis, nullptr, 0) != 0) {
+    std::fclose(file);
+    return false;
+  }
+  std::uint64_t bytes = 0;
+  int link = 0;
+  for (long got; (got = ov_read(&vorbis, pcm.data(), static_cast<int>(pcm.size()), &link)) != 0;) {
+    if (got > 0) bytes += static_cast<std::uint64_t>(got);
+  }
+  ov_clear(&vorbis);  // closes the file
+  return static_cast<double>(bytes) / 4 / kSampleRate + 0.1 >= TheFile().seconds;
+}
+
+void BareTremor(benchmark::State& state) {
   for (auto _ : state) {
-    FILE* file = std::fopen(TheFile().path.c_str(), "rb");
-    OggVorbis_File vorbis;
-    if (file == nullptr || ov_open(file, &vorbis, nullptr, 0) != 0) return state.SkipWithError("no Vorbis");
-    std::uint64_t bytes = 0;
-    int link = 0;
-    for (long got; (got = ov_read(&vorbis, pcm.data(), static_cast<int>(pcm.size()), &link)) != 0;) {
-      if (got > 0) bytes += static_cast<std::uint64_t>(got);
-    }
-    ov_clear(&vorbis);  // closes the file
-    if (static_cast<double>(bytes) / 4 / kSampleRate + 0.1 < TheFile().seconds) {
-      return state.SkipWithError("short decode");
-    }
+    if (!BareDecodeOnce()) return state.SkipWithError("no Vorbis, or a short decode");
   }
   Report(state);
 }
@@ -116,21 +134,68 @@ void OggDecoderToQueue(benchmark::State& state) {
   Report(state);
 }
 
+// Plays the file once into a fresh unpaced capture device.
+bool CaptureOnce() {
+  platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>(
+      platform::CaptureOptions{platform::CapturePace::kUnpaced, false, 1}));
+  bool played = false;
+  {
+    playback::AudioOutput output;
+    played = PlayOnce(output);
+  }
+  platform::SetWaveOutDriver(nullptr);
+  return played;
+}
+
 void OggDecoderToCapture(benchmark::State& state) {
   AllOptionsOff();
   for (auto _ : state) {
-    platform::SetWaveOutDriver(std::make_shared<platform::CaptureDriver>(
-        platform::CaptureOptions{platform::CapturePace::kUnpaced, false, 1}));
-    playback::AudioOutput output;
-    if (!PlayOnce(output)) return state.SkipWithError("the file does not play");
+    if (!CaptureOnce()) return state.SkipWithError("the file does not play");
   }
-  platform::SetWaveOutDriver(nullptr);
   Report(state);
+}
+
+// Each iteration the bare loop, then one play through `playOnce`.
+template <typename Play>
+void BesideBare(benchmark::State& state, Play playOnce) {
+  AllOptionsOff();
+  using Clock = std::chrono::steady_clock;
+  using Seconds = std::chrono::duration<double>;
+  Seconds bare{};
+  Seconds played{};
+  std::vector<double> ratios;
+  for (auto _ : state) {
+    const auto start = Clock::now();
+    if (!BareDecodeOnce()) return state.SkipWithError("no Vorbis, or a short decode");
+    const auto middle = Clock::now();
+    if (!playOnce()) return state.SkipWithError("the file does not play");
+    const Seconds thisBare = middle - start;
+    const Seconds thisPlay = Clock::now() - middle;
+    bare += thisBare;
+    played += thisPlay;
+    ratios.push_back(thisBare / thisPlay);
+  }
+  std::sort(ratios.begin(), ratios.end());
+  state.counters["of_bare"] = bare / played;
+  state.counters["of_bare_median"] = ratios.empty() ? 0 : ratios[ratios.size() / 2];
+}
+
+void QueueBesideBare(benchmark::State& state) {
+  BesideBare(state, [] {
+    CountingOutput output;
+    return PlayOnce(output);
+  });
+}
+
+void CaptureBesideBare(benchmark::State& state) {
+  BesideBare(state, CaptureOnce);
 }
 
 BENCHMARK(BareTremor)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(OggDecoderToQueue)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(OggDecoderToCapture)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(QueueBesideBare)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(CaptureBesideBare)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 

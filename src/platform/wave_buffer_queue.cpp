@@ -59,11 +59,19 @@ void WaveBufferQueue::Stop() {
 }
 
 void WaveBufferQueue::ReturnLoop() {
-  std::array<WaveBuffer*, kMaxBuffers> batch{};
   std::unique_lock guard(lock);
   for (;;) {
-    returnsReady.wait(guard, [this] { return finishedCount > 0 || stopping; });
+    returnsReady.wait(guard, [this] { return (finishedCount > 0 || stopping) && !delivering; });
     if (finishedCount == 0) return;  // stopping, and everything delivered
+    DeliverFinished(guard);
+  }
+}
+
+void WaveBufferQueue::DeliverFinished(std::unique_lock<std::mutex>& guard) {
+  if (delivering) return;
+  delivering = true;
+  std::array<WaveBuffer*, kMaxBuffers> batch{};
+  while (finishedCount > 0) {
     const std::size_t count = finishedCount;
     for (std::size_t i = 0; i < count; ++i) batch[i] = finished[(finishedFirst + i) % kMaxBuffers];
     finishedFirst = (finishedFirst + count) % kMaxBuffers;
@@ -73,6 +81,10 @@ void WaveBufferQueue::ReturnLoop() {
     for (std::size_t i = 0; i < count; ++i) done(context, batch[i]);
     guard.lock();
   }
+  delivering = false;
+  // The return thread may be waiting for this delivery to end so that it
+  // can stop.
+  if (stopping) returnsReady.notify_all();
 }
 
 bool WaveBufferQueue::Push(WaveBuffer* buffer) {
@@ -150,6 +162,23 @@ void WaveBufferQueue::CopyWithGain(std::int16_t* out, const std::int16_t* in, st
 }
 
 std::size_t WaveBufferQueue::Take(std::int16_t* out, std::size_t count) {
+  bool finishedAny = false;
+  const std::size_t copied = Consume(out, count, finishedAny);
+  if (finishedAny) returnsReady.notify_one();
+  return copied;
+}
+
+std::size_t WaveBufferQueue::TakeAndReturn(std::int16_t* out, std::size_t count) {
+  bool finishedAny = false;
+  const std::size_t copied = Consume(out, count, finishedAny);
+  if (finishedAny) {
+    std::unique_lock guard(lock);
+    DeliverFinished(guard);
+  }
+  return copied;
+}
+
+std::size_t WaveBufferQueue::Consume(std::int16_t* out, std::size_t count, bool& finishedAny) {
   std::uint32_t leftGain = kUnity;
   std::uint32_t rightGain = kUnity;
   if (applyVolume) {
@@ -159,25 +188,21 @@ std::size_t WaveBufferQueue::Take(std::int16_t* out, std::size_t count) {
     rightGain = CombineGains(VolumeGain(own >> 16), VolumeGain(master >> 16));
   }
   std::size_t copied = 0;
-  bool finishedAny = false;
-  {
-    std::lock_guard guard(lock);
-    if (paused) return 0;
-    while (copied < count && queuedCount > 0) {
-      WaveBuffer* head = queued[queuedFirst];
-      const std::size_t available = head->bytes / sizeof(std::int16_t) - headOffset;
-      const std::size_t run = std::min(available, count - copied);
-      CopyWithGain(out + copied, head->data + headOffset, run, copied, leftGain, rightGain);
-      copied += run;
-      headOffset += run;
-      if (headOffset * sizeof(std::int16_t) >= head->bytes) {
-        FinishHead();
-        finishedAny = true;
-      }
+  std::lock_guard guard(lock);
+  if (paused) return 0;
+  while (copied < count && queuedCount > 0) {
+    WaveBuffer* head = queued[queuedFirst];
+    const std::size_t available = head->bytes / sizeof(std::int16_t) - headOffset;
+    const std::size_t run = std::min(available, count - copied);
+    CopyWithGain(out + copied, head->data + headOffset, run, copied, leftGain, rightGain);
+    copied += run;
+    headOffset += run;
+    if (headOffset * sizeof(std::int16_t) >= head->bytes) {
+      FinishHead();
+      finishedAny = true;
     }
-    if (observer && copied > 0) observer(observerContext, out, copied);
   }
-  if (finishedAny) returnsReady.notify_one();
+  if (observer && copied > 0) observer(observerContext, out, copied);
   return copied;
 }
 
@@ -244,7 +269,7 @@ void WavePump::RunPaced() {
     if (result == WaveBufferQueue::Wait::kIdle) continue;
     const auto now = Clock::now();
     if (next + kLatestStart < now) next = now;
-    const std::size_t count = queue->Take(scratch.data(), scratch.size());
+    const std::size_t count = queue->TakeAndReturn(scratch.data(), scratch.size());
     const std::uint64_t frames = count / static_cast<std::size_t>(channels);
     next += std::chrono::nanoseconds(frames * 1'000'000'000ull / sampleRate);
     std::this_thread::sleep_until(next);
@@ -281,7 +306,7 @@ void WavePump::RunUnpaced() {
     if (result == WaveBufferQueue::Wait::kStopped) return;
     if (result == WaveBufferQueue::Wait::kIdle) continue;
     if (!AwaitFeed()) return;
-    queue->Take(scratch.data(), scratch.size());
+    queue->TakeAndReturn(scratch.data(), scratch.size());
   }
 }
 

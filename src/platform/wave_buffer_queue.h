@@ -5,7 +5,9 @@
 // Take to copy queued audio out; buffers that Take uses up are marked done
 // and the return thread delivers their call-backs in order, outside every
 // lock. Take never allocates, logs or waits: it locks briefly, copies and
-// wakes the return thread.
+// wakes the return thread. A pump thread, which may wait, calls
+// TakeAndReturn instead and delivers the call-backs itself: one thread less
+// to wake for every buffer.
 //
 // Internal to src/platform: back-ends include it, nobody else.
 #pragma once
@@ -57,6 +59,10 @@ class WaveBufferQueue {
   // at the current gain and returns how many; 0 while paused. Buffers used
   // up on the way are marked done.
   std::size_t Take(std::int16_t* out, std::size_t count);
+  // Take, then the call-backs of the buffers finished so far, on the calling
+  // thread and in order, outside the lock. Not for a consumer that must not
+  // wait: a call-back may take the owner's locks.
+  std::size_t TakeAndReturn(std::int16_t* out, std::size_t count);
   // Samples left in the oldest queued buffer (0 when none is queued).
   std::size_t HeadSamples() const;
   std::size_t QueuedBuffers() const;
@@ -72,6 +78,14 @@ class WaveBufferQueue {
 
  private:
   void ReturnLoop();
+  // Take's work under the lock; `finishedAny` tells whether a buffer was
+  // used up.
+  std::size_t Consume(std::int16_t* out, std::size_t count, bool& finishedAny);
+  // With `lock` held by `guard`: delivers the finished buffers in order,
+  // dropping the lock around the call-backs, until none is left. Returns at
+  // once while another thread delivers: that one goes on until none is left,
+  // so it delivers these too.
+  void DeliverFinished(std::unique_lock<std::mutex>& guard);
   // With `lock` held.
   void FinishHead();
   void CopyWithGain(std::int16_t* out, const std::int16_t* in, std::size_t count,
@@ -98,6 +112,7 @@ class WaveBufferQueue {
   std::array<WaveBuffer*, kMaxBuffers> finished{};
   std::size_t finishedFirst = 0;
   std::size_t finishedCount = 0;
+  bool delivering = false;  // a thread is inside DeliverFinished
   bool running = false;
   bool paused = false;
   bool stopping = false;
