@@ -50,17 +50,26 @@ int PcmQueue::Allocate(std::uint32_t newCapacity) {
   return 1;
 }
 
-bool PcmQueue::WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until) {
+bool PcmQueue::WaitForData(std::uint32_t wanted, std::uint32_t wakeAt,
+                           std::chrono::steady_clock::time_point until) {
   std::unique_lock guard(waitLock);
-  dataWanted = dataWaiters++ == 0 ? wanted : std::min(dataWanted, wanted);
+  dataWakeAt = dataWaiters++ == 0 ? wakeAt : std::min(dataWakeAt, wakeAt);
   const bool came = dataArrived.wait_until(
       guard, until, [&] { return wanted <= Fill() || IsEnded() || aborted.load(kRelaxed) != 0; });
-  if (--dataWaiters == 0) dataWanted = 0;
+  if (--dataWaiters == 0) dataWakeAt = 0;
   return came;
 }
 
 bool PcmQueue::WaitForSamples(std::uint32_t wanted, int timeoutMs) {
-  return WaitForData(wanted, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
+  return WaitForData(wanted, wanted, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs));
+}
+
+std::uint32_t PcmQueue::ReadWakeLevel(std::uint32_t wanted) const {
+  // Two blocks, where half the queue holds them: a small queue (8000 Hz
+  // mono) is woken at its one block, or its writer could stop short of the
+  // level and leave every block to the reader's looks.
+  const std::uint32_t twice = wanted > kMaxCapacity ? wanted : 2 * wanted;
+  return std::max(wanted, std::min(twice, Capacity() / 2));
 }
 
 bool PcmQueue::WaitUntilEmpty(int timeoutMs) {
@@ -75,9 +84,9 @@ bool PcmQueue::WaitUntilEmpty(int timeoutMs) {
 void PcmQueue::WakeWaiters() {
   std::lock_guard guard(waitLock);
   const bool quit = aborted.load(kRelaxed) != 0;
-  // A writer wakes the reader only once its block is there: one wake per
-  // block instead of one per write.
-  if (dataWaiters != 0 && (quit || IsEnded() || dataWanted <= Fill())) dataArrived.notify_all();
+  // A writer wakes a reader only once the level it waits for is there: one
+  // wake per block or two instead of one per write.
+  if (dataWaiters != 0 && (quit || IsEnded() || dataWakeAt <= Fill())) dataArrived.notify_all();
   if (drainWaiters != 0 && (quit || Fill() == 0)) emptied.notify_all();
 }
 
@@ -85,11 +94,13 @@ int PcmQueue::Read(std::int16_t* destination, std::uint32_t wanted, std::uint32_
   if (!samples) return 0;
   int polls = 0;
   // The wait is counted in 10 ms polls of the clock, as a reader that slept
-  // and looked would count them; a write wakes it at once.
+  // and looked would count them; a write wakes it once two blocks are there,
+  // and a look takes the one block it wants.
   auto pollEnd = std::chrono::steady_clock::now() + std::chrono::milliseconds(kPollMs);
+  const std::uint32_t wakeAt = ReadWakeLevel(wanted);
   while (wanted > Fill() && !IsEnded()) {
     if (aborted.load(kRelaxed)) return 0;
-    WaitForData(wanted, pollEnd);
+    WaitForData(wanted, wakeAt, pollEnd);
     if (std::chrono::steady_clock::now() < pollEnd) continue;
     pollEnd += std::chrono::milliseconds(kPollMs);
     // The count is not reset: past the first second every poll is a strike.

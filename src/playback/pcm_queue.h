@@ -15,9 +15,12 @@
 // SetParam and the tail operations come from either side or from the window
 // thread. `lock` guards the sample block; the words that the waits read
 // without it are relaxed atomics. A Read waiting for data and a wait for the
-// queue to drain sleep on conditions that the other side signals once they
-// hold, with the same time limits as a reader that slept and looked every
-// 10 ms; a Write waiting for room polls.
+// queue to drain sleep on conditions that the other side signals, with the
+// same time limits as a reader that slept and looked every 10 ms; a Write
+// waiting for room polls. A waiting Read is woken once two blocks are queued
+// (or the end, or an abort) and otherwise finds its block at its next 10 ms
+// look, as a polling reader would: a reader that outruns its writer then
+// sleeps once per two blocks, not once per block.
 #pragma once
 
 #include <atomic>
@@ -123,8 +126,11 @@ class PcmQueue {
   // Scales `count` samples by gain / 256.
   static void Scale(std::int16_t* first, std::uint32_t count, std::uint32_t gain);
   // Waits until `wanted` samples are queued, the queue has ended or is
-  // aborted, or `until` has come; true for all but the last.
-  bool WaitForData(std::uint32_t wanted, std::chrono::steady_clock::time_point until);
+  // aborted, or `until` has come; true for all but the last. A writer wakes
+  // it once `wakeAt` (at least `wanted`) samples are queued.
+  bool WaitForData(std::uint32_t wanted, std::uint32_t wakeAt, std::chrono::steady_clock::time_point until);
+  // The fill at which a writer wakes a Read waiting for `wanted` samples.
+  std::uint32_t ReadWakeLevel(std::uint32_t wanted) const;
   // Wakes the waits whose condition now holds; called after fill, ended or
   // aborted changed. Cheap when nobody waits: no wake is sent in vain.
   void WakeWaiters();
@@ -146,7 +152,7 @@ class PcmQueue {
   std::condition_variable emptied;
   // Guarded by waitLock.
   int dataWaiters = 0;
-  std::uint32_t dataWanted = 0;  // the smallest count a waiter for data needs
+  std::uint32_t dataWakeAt = 0;  // the smallest fill that wakes a waiter for data
   int drainWaiters = 0;
 
   std::atomic<std::uint32_t> capacity{0};

@@ -101,6 +101,32 @@ TEST(PcmQueueWaitTest, WaitsForDifferentCountsAreEachWokenByTheirOwnCount) {
   EXPECT_LT(Clock::now() - start, kWokenWithin);
 }
 
+// A waiting Read is woken only once two blocks are queued; when just its one
+// block comes it still takes it at its next look, long before any underrun
+// strike, and a Read beside a wait for samples leaves that wait its own wake.
+TEST(PcmQueueWaitTest, AWaitingReadTakesItsOneBlockAtItsNextLook) {
+  PcmQueue queue;
+  ASSERT_EQ(queue.Allocate(176400), 1);
+  std::uint32_t got = 0;
+  Clock::duration waited{};
+  bool sawSamples = false;
+  std::thread reader([&] {
+    const Clock::time_point start = Clock::now();
+    got = Take(queue, 8192);
+    waited = Clock::now() - start;
+  });
+  std::thread waiter([&] { sawSamples = queue.WaitForSamples(100, kLongWaitMs); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  Put(queue, 100);
+  waiter.join();
+  EXPECT_TRUE(sawSamples);
+  Put(queue, 8092);
+  reader.join();
+  EXPECT_EQ(got, 8192u);
+  EXPECT_LT(waited, std::chrono::milliseconds(900)) << "a look must find the block before a strike";
+  EXPECT_EQ(queue.UnderrunStrikes(), 0u);
+}
+
 TEST(PcmQueueWaitTest, WaitUntilEmptyEndsWhenAReaderTakesTheLastSamples) {
   PcmQueue queue;
   ASSERT_EQ(queue.Allocate(20000), 1);
