@@ -65,9 +65,9 @@ bool PcmQueue::WaitForSamples(std::uint32_t wanted, int timeoutMs) {
 }
 
 std::uint32_t PcmQueue::ReadWakeLevel(std::uint32_t wanted) const {
-  // Two blocks, where half the queue holds them: a small queue (8000 Hz
-  // mono) is woken at its one block, or its writer could stop short of the
-  // level and leave every block to the reader's looks.
+  // Two blocks, as long as they fit in half the queue: a small queue (8000
+  // Hz mono) is woken at its one block, or its writer could stop short of
+  // the level and leave every block to the reader's looks.
   const std::uint32_t twice = wanted > kMaxCapacity ? wanted : 2 * wanted;
   return std::max(wanted, std::min(twice, Capacity() / 2));
 }
