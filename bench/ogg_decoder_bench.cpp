@@ -7,9 +7,10 @@
 //   OggDecoderToQueue  OggDecoder with its thread, the byte-source
 //                      callbacks, the lock and the feed, writing into an
 //                      output that takes every block at once: what the
-//                      decoder costs (target: 0.87 of the bare loop or more)
+//                      decoder costs
 //   OggDecoderToCapture the whole pipeline: the real output engine into an
-//                      unpaced capture device, all options off
+//                      unpaced capture device, all options off (target: 0.87
+//                      of the bare loop or more)
 //   QueueBesideBare,   the bare loop and the decoder to the queue (or the
 //   CaptureBesideBare  whole pipeline) in turn, one of each per iteration,
 //                      so that a machine whose speed drifts during the run
