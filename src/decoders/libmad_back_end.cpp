@@ -6,6 +6,8 @@
 #include <cstring>
 #include <new>
 
+#include "decoders/mp3_frame_header.h"
+
 namespace decoders {
 
 static_assert(MAD_BUFFER_GUARD == 8, "the guard copy is sized for libmad's guard");
@@ -96,6 +98,15 @@ int LibmadBackEnd::decompress(const std::uint8_t* input, std::uint32_t inputByte
       mad_frame_mute(&codec->frame);
       break;
     case Outcome::kShort:
+      // A sound header whose frame runs past the input: the rest is still to
+      // come (a stream between two reads). The reservoir stays, since the
+      // same frame comes back whole.
+      if (inputBytes >= kMp3HeaderBytes) {
+        const std::optional<Mp3FrameHeader> header = ParseMp3FrameHeader(input);
+        if (header && header->frameBytes > inputBytes) return kNeedsInput;
+      }
+      codec->stream.md_len = 0;
+      return kUndecodable;
     case Outcome::kRefused:
       // The caller will go on elsewhere; what libmad kept of the bit
       // reservoir belongs to frames that won't follow.

@@ -24,7 +24,11 @@
 //   data that isn't there, as after a seek) is concealed: the frame is
 //   consumed and gives a frame's length of silence, so timing holds. Only
 //   input without a decodable header at its start gives -1, consuming
-//   nothing; so does a frame that isn't whole in the input.
+//   nothing.
+// - A sound header whose frame isn't whole in the input answers 1 (more
+//   input wanted), consuming nothing: a stream's pump keeps those bytes for
+//   its next read. A file's pump, which always holds a whole frame but at
+//   the end of the file, takes it as a refusal.
 // - CRC words are not checked (MAD_OPTION_IGNORECRC), as common decoders
 //   don't: a frame with a wrong CRC still plays.
 // - Output has the channels of the format given to setformat (cut to two):
@@ -33,7 +37,6 @@
 // - Samples are rounded to the nearest 16-bit value (halves upward) and
 //   clipped at full scale; no dither. That keeps the result within about one
 //   unit of a floating-point reference decoder.
-// - The back-end never answers 1: a frame that isn't whole gives -1.
 // - seteq does nothing: the output engine's equalizer filters the PCM of
 //   every format, MP3 included.
 #pragma once

@@ -91,6 +91,7 @@ class Mp3Decoder : public playback::MediaDecoder {
   bool FindStreamFormat();
   bool PumpStream(std::int16_t* pcm);
   StreamStep DecodeStreamBlock(Mp3InputBuffer& block, std::int16_t* pcm, bool ended);
+  bool DecodeStreamTail(Mp3InputBuffer& block, std::int16_t* pcm, std::uint32_t available);
   std::uint32_t PcmBufferBytes() const { return format.channels * 9216; }
   Mp3FrameMatch FormatMatch() const { return {format.version, format.layer}; }
 

@@ -10,16 +10,21 @@
 //     of 2048 bytes. Each pass tops the block up from the client: when it
 //     holds fewer bytes than are wanted, a live stream holds the output and
 //     prefills again (a stall is heard as a pause, with no message), and an
-//     ended one with fewer than 512 bytes left is over.
+//     ended one with fewer than 512 bytes left is over once those bytes and
+//     the ones the block kept back are decoded: no frame of a finished
+//     stream goes unheard.
 //  4. Frames are decoded while the block holds them: a frame the back-end
 //     refuses sends the search to the next header of the same version and
 //     layer (one byte on when the refused header is at the front); a
-//     back-end that wants more input ends the pass. A live stream keeps
-//     more than 512 bytes back for the next pass.
+//     back-end that wants more input (a frame not yet whole) ends the pass
+//     and keeps the frame's bytes for the next. While more can come, a pass
+//     keeps more than 512 bytes back; once the server has finished and its
+//     last bytes are read, the block is decoded to its end.
 //  5. The end of the server's data, or a read that fails, ends the track
 //     (StreamFeed steps 4 and 5: the end mark, the drain, 2568); a stop ends
 //     it quietly. The client is disconnected and the back-end closed
 //     whenever the thread ends.
+#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -89,7 +94,7 @@ bool Mp3Decoder::PumpStream(std::int16_t* pcm) {
       if (!ended) {
         feed.HoldForPrefill();
       } else if (available < kLeastLeft) {
-        return true;
+        return DecodeStreamTail(block, pcm, available);
       } else {
         asked = available;
       }
@@ -98,7 +103,9 @@ bool Mp3Decoder::PumpStream(std::int16_t* pcm) {
     std::uint32_t got = 0;
     if (!netStream->Read(fresh, static_cast<std::uint32_t>(asked), &got) || got == 0) return true;
     block.Append(fresh, got);
-    switch (DecodeStreamBlock(block, pcm, netStream->HasEnded())) {
+    // Only once nothing more can come are the last bytes of the block decoded.
+    const bool exhausted = netStream->HasEnded() && netStream->BytesAvailable() == 0;
+    switch (DecodeStreamBlock(block, pcm, exhausted)) {
       case StreamStep::kGoOn:
         break;
       case StreamStep::kEnded:
@@ -108,6 +115,19 @@ bool Mp3Decoder::PumpStream(std::int16_t* pcm) {
     }
   }
   return false;
+}
+
+// The server has finished and less than a pass is left: the bytes still
+// buffered and those the block kept back are the stream's last frames. They
+// are decoded to the end (the back-end supplies the guard behind the last
+// frame) before the stream is over. False when a stop came meanwhile.
+bool Mp3Decoder::DecodeStreamTail(Mp3InputBuffer& block, std::int16_t* pcm, std::uint32_t available) {
+  const auto asked = static_cast<std::uint32_t>(std::min<std::size_t>(available, block.Room()));
+  std::uint8_t rest[kStreamBlock];
+  std::uint32_t got = 0;
+  if (asked != 0 && netStream->Read(rest, asked, &got)) block.Append(rest, got);
+  if (block.Fill() == 0) return true;
+  return DecodeStreamBlock(block, pcm, true) != StreamStep::kStopped;
 }
 
 Mp3Decoder::StreamStep Mp3Decoder::DecodeStreamBlock(Mp3InputBuffer& block, std::int16_t* pcm, bool ended) {

@@ -83,7 +83,7 @@ Decoded DecodeLikePump(decoders::Mp3BackEnd& backEnd, const Bytes& file, std::si
     std::uint32_t got = 0, used = 0;
     const int answer =
         backEnd.decompress(file.data() + position, window, block.data(), outputBlock, &got, &used, 16);
-    if (answer == decoders::Mp3BackEnd::kUndecodable) {
+    if (answer == decoders::Mp3BackEnd::kUndecodable || answer == decoders::Mp3BackEnd::kNeedsInput) {
       ++result.refusals;
       ++position;
       continue;
