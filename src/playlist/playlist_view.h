@@ -144,6 +144,10 @@ class PlaylistView {
   void SwapEntries(int a, int b);
   // Releases the entries from `newCount` on; the caller resyncs and redraws.
   void ReleaseEntriesFrom(int newCount);
+  // Move mode: the keys move the selected rows instead of the focus. It
+  // lives here so that it and the selection survive closing the list screen.
+  bool MoveMode() const { return moveMode; }
+  void SetMoveMode(bool on) { moveMode = on; }
 
   // --- Fills driven by dialogs (see playlist_dialogs.h) ----------------------
   void SetDialogs(PlaylistDialogs* boxes) { dialogs = boxes; }
@@ -226,6 +230,7 @@ class PlaylistView {
   PlaylistDialogs* dialogs = nullptr;
   std::function<void(PlaylistView&, int, int)> loadSorter;
   int focusIndex = 0;
+  bool moveMode = false;
 
   // Order of play; window thread only.
   bool shuffle = false;
