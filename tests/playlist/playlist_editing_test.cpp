@@ -275,7 +275,7 @@ class SortAgainstBubbleTest : public EditingTest {
 
 TEST_F(SortAgainstBubbleTest, EachSortKeyGivesTheBubbleSortsOrderAndCurrentIndex) {
   std::mt19937 random(7);
-  for (int round = 0; round < 400; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     const auto key = static_cast<SortKey>(1 + round % 4);
     view.ClearAll();
     FillRandomly(random, 1 + static_cast<int>(random() % 12), static_cast<int>(random() % 3));
@@ -291,7 +291,7 @@ TEST_F(SortAgainstBubbleTest, EachSortKeyGivesTheBubbleSortsOrderAndCurrentIndex
 
 TEST_F(SortAgainstBubbleTest, TheSortOnLoadGivesTheBubbleSortsOrderOnItsRange) {
   std::mt19937 random(11);
-  for (int round = 0; round < 400; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     view.ClearAll();
     const int count = 1 + static_cast<int>(random() % 12);
     FillRandomly(random, count, static_cast<int>(random() % 3));
