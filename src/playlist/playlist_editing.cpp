@@ -31,7 +31,7 @@ namespace playlist {
 namespace {
 
 // Up to this many entries Randomize makes its itemCount squared swaps of
-// RandomIndex pairs, as it always has (4 million swaps, a few milliseconds).
+// RandomIndex pairs, as it always has (4 million swaps, about 20 ms).
 // Longer lists get a Fisher-Yates shuffle instead (see RandomizeList).
 constexpr int kSquaredShuffleLimit = 2000;
 
