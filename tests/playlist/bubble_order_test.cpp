@@ -60,15 +60,4 @@ TEST(BubbleOrderTest, TheCurrentIndexStaysOnTheLeftOfASwapAndFollowsFromTheRight
   EXPECT_EQ(BubbleOrder({1, 2}, 7).currentIndex, 7) << "an index outside the list is left alone";
 }
 
-TEST(BubbleOrderTest, RanksAndOrdersApplyToTheStore) {
-  EXPECT_EQ(RankTexts({"b", "a", "b", "c"}), (std::vector<std::uint64_t>{1, 0, 1, 2}));
-  ItemStore items;
-  ASSERT_TRUE(items.Grow(10));
-  for (const char* path : {"keep", "p0", "p1", "p2", "p3"}) ASSERT_TRUE(items.Append(path));
-  ApplyOrder(items, 1, {2, 0, 3, 1});
-  std::vector<std::string> paths;
-  for (int i = 0; i < items.Count(); ++i) paths.push_back(items[i].path);
-  EXPECT_EQ(paths, (std::vector<std::string>{"keep", "p2", "p0", "p3", "p1"}));
-}
-
 }  // namespace

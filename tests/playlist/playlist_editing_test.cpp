@@ -347,20 +347,6 @@ TEST_F(EditingTest, SortsKeepTiesInOrderAndSinkEntriesWithoutNumbers) {
   EXPECT_EQ(view.CurrentIndex(), 0);
 }
 
-TEST_F(EditingTest, ReverseMovesFlagsWithTheirRecordsAndKeepsTheIndex) {
-  Fill("a b c@ d+ e");
-  ReverseList(view);
-  EXPECT_EQ(Describe(), "e d+ c@ b a") << "the middle entry stays";
-  Fill("f@");
-  view.SetCurrentIndex(0);
-  ReverseList(view);
-  EXPECT_EQ(view.CurrentIndex(), 0) << "a number, not the record";
-  EXPECT_TRUE(view.FlagsAt(0) & ITEM_CURRENT);
-  view.ClearAll();
-  ReverseList(view);
-  EXPECT_EQ(view.ItemCount(), 0);
-}
-
 // The classic generator, deaf to reseeding, counting its draws.
 class FixedRandom : public RandomGenerator {
  public:
