@@ -112,7 +112,8 @@ void PlayerApp::DecoderText(const std::string* text, std::intptr_t mode) {
         title = *text;
       else if (!currentDecoder->GetDisplayTitle(title))
         return;
-      skin->SetTitle(title);
+      // A station without a name or a title leaves the address shown.
+      if (!title.empty()) skin->SetTitle(title);
       return;
     }
     case kTextStatus:
@@ -138,7 +139,7 @@ void PlayerApp::RefreshFormat() {
 void PlayerApp::RefreshTitle() {
   if (currentDecoder == nullptr || skin == nullptr) return;
   std::string title;
-  if (currentDecoder->GetDisplayTitle(title)) skin->SetTitle(title);
+  if (currentDecoder->GetDisplayTitle(title) && !title.empty()) skin->SetTitle(title);
 }
 
 // The user's values reach the filters; the face shows what the user wants,

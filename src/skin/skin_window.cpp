@@ -157,8 +157,13 @@ void SkinWindow::SetTrackFigures(std::uint32_t /*lengthMs*/, std::uint32_t bitRa
                                                            {"SAMPLINGRATE", sampleRate}};
   for (const auto& [id, number] : figures) {
     if (auto* text = static_cast<SkinText*>(FindElement(kTypeText, id))) {
-      text->SetText(std::to_string(static_cast<std::int32_t>(number)));
+      const std::string value = std::to_string(static_cast<std::int32_t>(number));
+      // A text doesn't repaint itself for a new value; a stream's rates
+      // arrive while the figures already show, so a change is drawn here.
+      const bool changed = text->IsVisible() && text->Text() != value;
+      text->SetText(value);
       text->SetVisible(true);
+      if (changed) text->Redraw();
     }
   }
 }

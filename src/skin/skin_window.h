@@ -81,7 +81,8 @@ class SkinWindow : public platform::MessageHandler {
   // Every title bar gets the title (or the message; empty clears it).
   void SetTitle(const std::string& text);
   void SetMessage(const std::string& text);
-  // BITRATE and SAMPLINGRATE get their numbers and show; the length is unused.
+  // BITRATE and SAMPLINGRATE get their numbers and show, drawn at once when
+  // a shown number changes; the length is unused.
   void SetTrackFigures(std::uint32_t lengthMs, std::uint32_t bitRate, std::uint32_t sampleRate);
   // Every VOLUME slider, 0 to 1000; marked for the next paint.
   void SetVolume(int slider);
