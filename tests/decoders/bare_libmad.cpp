@@ -48,9 +48,13 @@ std::vector<std::int16_t> BareLibmadDecode(const Bytes& file) {
   return pcm;
 }
 
-std::vector<std::int16_t> AsQueued(const std::vector<std::int16_t>& decoded, int channels) {
+std::size_t KeptEnd(const std::vector<std::int16_t>& decoded) {
   const auto loud = std::find_if(decoded.rbegin(), decoded.rend(), [](std::int16_t s) { return std::abs(s) >= 500; });
-  const auto end = loud == decoded.rend() ? decoded.end() : std::prev(loud.base());
+  return loud == decoded.rend() ? decoded.size() : static_cast<std::size_t>(decoded.rend() - loud) - 1;
+}
+
+std::vector<std::int16_t> AsQueued(const std::vector<std::int16_t>& decoded, int channels) {
+  const auto end = decoded.begin() + static_cast<std::ptrdiff_t>(KeptEnd(decoded));
   auto first = std::find_if(decoded.begin(), end, [](std::int16_t s) { return s != 0; });
   const auto start = static_cast<std::size_t>(first - decoded.begin()) / channels * channels;
   return std::vector<std::int16_t>(decoded.begin() + static_cast<std::ptrdiff_t>(start), end);

@@ -15,11 +15,14 @@ namespace decoders_test {
 // Interleaved 16-bit samples with the channels of the file's frames.
 std::vector<std::int16_t> BareLibmadDecode(const Bytes& file);
 
-// What the output queue keeps of a track played with every sound option
-// off: all of it up to the last sample of magnitude 500 or more, which the
-// end mark trims together with the quiet tail behind it (the threshold the
-// end of the prefill arms stays armed). Leading exact zeros are cut in
-// whole frames, as the capture's first sound is found.
+// Where the output queue ends a track played with every sound option off:
+// at its last sample of magnitude 500 or more, which the end mark trims
+// together with the quiet tail behind it (the threshold the end of the
+// prefill arms stays armed).
+std::size_t KeptEnd(const std::vector<std::int16_t>& decoded);
+
+// What the output queue keeps of such a track, from its first sound: leading
+// exact zeros are cut in whole frames, as the capture's first sound is found.
 std::vector<std::int16_t> AsQueued(const std::vector<std::int16_t>& decoded, int channels);
 
 }  // namespace decoders_test

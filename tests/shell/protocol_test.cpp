@@ -19,11 +19,13 @@
 #include <vector>
 
 #include "capture_app_fixture.h"
+#include "decoders/bare_libmad.h"
 #include "decoders/wav_test_files.h"
 #include "playback/audio_mixer.h"
 #include "playback/audio_output.h"
 #include "playback/media_decoder.h"
 #include "support/command_decode.h"
+#include "support/test_environment.h"
 
 namespace {
 
@@ -275,6 +277,42 @@ TEST_F(ProtocolTest, GaplessJoinsTracksOfOneRateAndDegradesAcrossRates) {
 
   c.back() = 0;
   EXPECT_EQ(SoundingStretches(Recorded(16000)), std::vector<Samples>{c});
+}
+
+// The same join with MP3 files that lame makes of one loud tone cut in two:
+// what plays is A's decode from its first frame up to the hand-over and then
+// every frame of B, from B's first (its Info frame's silence included) to
+// the end mark's trim, each sample as libmad's own decode of the file gives it.
+TEST_F(ProtocolTest, AGaplessJoinOfMp3FilesPlaysEveryFrameOfTheNextFile) {
+  const std::string folder = Root().Path();
+  const std::string make = "cd '" + folder +
+                           "' && sox -n -r 44100 -c 2 -b 16 tone.wav synth 6 sine 440 vol 0.3 dcshift 0.5"
+                           " && sox tone.wav a.wav trim 0 3 && sox tone.wav b.wav trim 3"
+                           " && lame --quiet -b 128 a.wav a.mp3 && lame --quiet -b 128 b.wav b.mp3";
+  ASSERT_EQ(std::system(make.c_str()), 0) << make;
+  const auto decode = [&](const char* name) {
+    const std::string bytes = testing_support::ReadFile(Root().File(name));
+    return decoders_test::BareLibmadDecode(decoders_test::Bytes(bytes.begin(), bytes.end()));
+  };
+  const Samples a = decode("a.mp3");
+  // B whole from its first sample, up to what the list's end trims.
+  const Samples bDecoded = decode("b.mp3");
+  const Samples b(bDecoded.begin(), bDecoded.begin() + static_cast<std::ptrdiff_t>(decoders_test::KeptEnd(bDecoded)));
+  StartWith(platform::CapturePace::kUnpaced);
+  SetOptions(false, true, false);
+  app->Playlist().AddEntry(Root().File("a.mp3"));
+  app->Playlist().AddEntry(Root().File("b.mp3"));
+  Send(kMessagePlay, 1);
+  ASSERT_TRUE(RunUntil([&] { return TrackEndsHandled() == 2 && PlayedOut(); }));
+
+  Samples sound = Recorded(44100);
+  sound.erase(sound.begin(), std::find_if(sound.begin(), sound.end(), [](std::int16_t v) { return v != 0; }));
+  while (!sound.empty() && sound.back() == 0) sound.pop_back();
+  const auto fromA = std::find_if(a.begin(), a.end(), [](std::int16_t v) { return v != 0; });
+  const auto heardOfA = std::mismatch(sound.begin(), sound.end(), fromA, a.end()).first - sound.begin();
+  ASSERT_GT(heardOfA, 44100 * 2) << "A from its first sound";
+  ASSERT_EQ(sound.size() - static_cast<std::size_t>(heardOfA), b.size()) << "all of B, no more, no less";
+  EXPECT_TRUE(std::equal(b.begin(), b.end(), sound.begin() + heardOfA)) << "B frame for frame";
 }
 
 // Trimming drops the silence before and after the sound and keeps a quiet
