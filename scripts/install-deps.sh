@@ -13,6 +13,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   # tools that make and check test media, and the radio server of the network tests
   lame mpg123 vorbis-tools sox ffmpeg icecast2
+  # a private session bus, and the MPRIS client the desktop tests drive the player with
+  dbus dbus-bin playerctl curl
   # a display for headless runs and screenshots
   xvfb xauth
   # the base skin's and the test skin's pictures are drawn by Python scripts

@@ -40,6 +40,7 @@
 #include "shell/language_pack.h"
 #include "shell/menu.h"
 #include "shell/player_operations.h"
+#include "shell/remote_status.h"
 #include "shell/settings_store.h"
 
 namespace platform {
@@ -152,6 +153,10 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playback::AudioOutput& Output() { return output; }
   std::uint32_t CurrentVolume() const { return currentVolume; }
   std::uint32_t MutedVolume() const { return mutedVolume; }
+  // What another program is shown of the player (see remote_status.h); the
+  // tags of a file are read by ReadRemoteTags, once per track.
+  RemoteStatus RemoteSnapshot();
+  void ReadRemoteTags(RemoteStatus& status);
   // The bookmark store, null until one exists.
   void SetBookmarkStore(std::unique_ptr<BookmarkStore> store);
   // The device volume, 0 to 65535, or 0 when the volume isn't the device's.

@@ -62,9 +62,11 @@ int RunProcess(const std::string& commandLine, const ProcessServices& process) {
   window->Show();
   window->BringToForeground();
   window->Redraw();
+  std::unique_ptr<RemotePresence> presence = process.publish ? process.publish(*app) : nullptr;
   app->OpenMedia(commandLine, true);
   app->StartOfPlaybackDecision();
   app->Run();
+  presence.reset();
   app.reset();
   settingsKey.reset();
   return 0;

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "shell/language_menu.h"
+#include "shell/remote_status.h"
 
 namespace platform {
 class DeviceVolume;
@@ -55,6 +56,9 @@ struct ProcessServices {
   std::function<std::unique_ptr<PlayerApp>(const ShellServices&)> makeApp;
   // The wave device's volume; null for the process's own.
   platform::DeviceVolume* deviceVolume = nullptr;
+  // Shows the running player to other programs once its window is up (MPRIS
+  // on the session bus); what it returns lives until the message loop ends.
+  std::function<std::unique_ptr<RemotePresence>(PlayerApp&)> publish;
 };
 
 // Half-width of the window in which a TSAlarm start counts: 60 s in 100 ns units.

@@ -14,6 +14,7 @@
 #include "shell/language_pack.h"
 #include "shell/process_start.h"
 #include "shell/ui/local_instance_link.h"
+#include "shell/ui/mpris_server.h"
 #include "shell/ui/qt_language.h"
 #include "shell/ui/qt_window_system.h"
 
@@ -39,7 +40,15 @@ int main(int argc, char** argv) {
   ui::QtWindowSystem windows;
   ui::LocalInstanceLink instances(platform::JoinPath(platform::RuntimeDirectory(), "instance"));
   shell::TranslationFileReader packReader;
-  const shell::ProcessServices services{platform::Registry::Process(), windows, instances, packReader,
-                                        ui::NativeLanguageName,        nullptr, nullptr,   nullptr};
+  const shell::ProcessServices services{platform::Registry::Process(),
+                                        windows,
+                                        instances,
+                                        packReader,
+                                        ui::NativeLanguageName,
+                                        nullptr,
+                                        nullptr,
+                                        nullptr,
+                                        nullptr,
+                                        ui::PublishOnSessionBus};
   return shell::RunProcess(shell::CommandLineFromArguments(arguments), services);
 }
