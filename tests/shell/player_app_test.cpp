@@ -48,7 +48,8 @@ class ProcessStartTest : public PlayerAppTest {
                                             spy = made.get();
                                             return made;
                                           },
-                                          deviceVolume.get()};
+                                          deviceVolume.get(),
+                                          nullptr};
     return shell::RunProcess(commandLine, services);
   }
   void StoreAlarm(std::uint64_t fileTime) {
