@@ -132,3 +132,26 @@ void PlaylistView::InfoThreadMain(const ReaderContext& context) {
 }
 
 }  // namespace playlist
+
+namespace playlist {
+
+bool PlaylistView::ReadInfoNow(int index) {
+  if (index < 0 || index >= items.Count()) return false;
+  const std::string path = items[index].path;  // the window thread owns the shape
+  std::string display;
+  playback::FormatSummary summary;
+  std::uint32_t durationMs = 0;
+  std::uint32_t reserved = 0;
+  if (!formats.GetFileDetails(path, &display, nullptr, &summary, &durationMs, &reserved, nullptr, nullptr)) {
+    return false;
+  }
+  std::lock_guard guard(*lock);
+  PlaylistItem& item = items[index];
+  item.trackNumber.store(summary.trackNumber, std::memory_order_relaxed);
+  item.durationMs.store(durationMs, std::memory_order_relaxed);
+  item.title = platform::TruncateToUtf16Units(display, kReaderTitleUnits);
+  item.Set(ITEM_HAS_INFO);
+  return true;
+}
+
+}  // namespace playlist

@@ -212,6 +212,14 @@ void PlaylistView::ReleaseEntriesFrom(int newCount) {
   ForgetPlayedCache();
 }
 
+void PlaylistView::EditEntries(const std::function<void(ItemStore&)>& edit) {
+  {
+    auto guard = BeginShapeChange();
+    edit(items);
+  }
+  ForgetPlayedCache();
+}
+
 std::string PlaylistView::DefaultListPath(const std::string& installDirectory) {
   const std::string folder = installDirectory.empty() ? platform::HomeDirectory() : installDirectory;
   if (!folder.empty() && folder.back() == '/') return folder + "default.tsl";

@@ -144,6 +144,20 @@ class PlaylistView {
   void SwapEntries(int a, int b);
   // Releases the entries from `newCount` on; the caller resyncs and redraws.
   void ReleaseEntriesFrom(int newCount);
+  // Stops the reader and runs `edit` on the store with the list's lock held,
+  // then forgets the caches of shuffle. `edit` may reorder, release and read
+  // titles; it must not call back into the view, nor touch a file.
+  void EditEntries(const std::function<void(ItemStore&)>& edit);
+  // Reads the information of one entry on this thread, as the reader does
+  // (the reader must be stopped); false when the file couldn't be read.
+  bool ReadInfoNow(int index);
+  // What the commands tell the list on screen; nothing while none is open.
+  void TellCount();
+  // Every row again (with erase: the background too), at once.
+  void Invalidate(bool erase);
+  void RedrawRow(int index);
+  // The generator behind RandomIndex, for commands that reseed it.
+  RandomGenerator& Random() { return *random; }
   // Move mode: the keys move the selected rows instead of the focus. It
   // lives here so that it and the selection survive closing the list screen.
   bool MoveMode() const { return moveMode; }
@@ -213,9 +227,6 @@ class PlaylistView {
   void ReadListFile(int format, const std::string& path);
   void ClearCurrentMark();
   void MarkCurrent(int index);
-  void TellCount();
-  void Invalidate(bool erase);
-  void RedrawRow(int index);
   void PostToMainWindow(std::uint32_t message, std::uintptr_t wParam);
   // Shuffle's pick of an entry not yet played in this cycle.
   int PickUnplayed();

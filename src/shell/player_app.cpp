@@ -19,6 +19,7 @@
 #include "playback/format_registry.h"
 #include "playback/playback_settings.h"
 #include "playback/reader_decoder.h"
+#include "playlist/playlist_editing.h"
 #include "shell/bookmark_store.h"
 #include "shell/dialogs.h"
 #include "shell/instance_link.h"
@@ -188,6 +189,7 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   RebuildBookmarkMenu();
   playlist.SetMainWindow(&window->Messages());
   playlist.SetDialogs(window->PlaylistBoxes());
+  playlist.SetLoadSorter(&::playlist::SortLoaded);  // sortOnLoad, sortByTrackNumber
   if (netStream) netStream->SetNotifyWindow(&window->Messages());  // status texts and titles: 2331
   // The device volume, through the slider's scale: the way there and back
   // loses a little at each start, as it always has.
