@@ -27,10 +27,6 @@ class Dialogs {
   virtual void FileTypes() = 0;        // command 40045
   virtual void SetAlarm() = 0;         // command 40046
   virtual void Effects() = 0;          // command 40090
-
-  // Redraws every row of the list screen while it is open (messages 2649
-  // and 2650); nothing while it is closed.
-  virtual void RefreshPlaylist() {}
 };
 
 // The process-wide flag by which the launchers of modal dialogs keep a

@@ -143,10 +143,10 @@ void PlayerApp::AddFiles() {
 }
 
 // Messages 2649 and 2650: in move mode the selected rows move one row; the
-// list screen, if open, is redrawn in any case. The focus stays.
+// list screen, if open, redraws in any case. The focus stays.
 void PlayerApp::ScrollPlaylist(bool up) {
   if (playlist.MoveMode()) playlist::MoveSelected(playlist, up ? -1 : 1);
-  if (Dialogs* dialogs = DialogLauncher()) dialogs->RefreshPlaylist();
+  playlist.Invalidate(false);
 }
 
 std::intptr_t PlayerApp::RefreshInformationBlock(std::uintptr_t /*wParam*/, std::intptr_t /*lParam*/) {

@@ -161,8 +161,7 @@ void PlaylistScreen::MoveFocus(int distance) {
 }
 
 void PlaylistScreen::ToggleMoveMode() {
-  playlist::ToggleMoveMode(view);
-  RedrawRow(view.FocusIndex());
+  playlist::ToggleMoveMode(view);  // redraws the focus row
   ShowMoveMode();
 }
 
@@ -183,6 +182,7 @@ void PlaylistScreen::ShowMoveMode() {
 void PlaylistScreen::RunCommand(std::uint32_t command) {
   using namespace playlist;
   switch (static_cast<int>(command)) {
+    case shell::kCommandCancel: return reject();  // Back
     case kCommandPlayFocused: return view.PlayFocused();
     case kCommandAddFiles: return view.AddFiles();
     case kCommandAddFolders: return view.AddFolder();

@@ -54,13 +54,7 @@ void QtDialogs::Playlist() {
     screen.setGeometry(parent.geometry());
   else
     screen.resize(shell::kSkinWidth * faceZoom, shell::kSkinHeight * faceZoom + kSoftKeyBarHeight);
-  openPlaylist = &screen;
   ShowDialog(screen, kPlaylistDialog);
-  openPlaylist = nullptr;
-}
-
-void QtDialogs::RefreshPlaylist() {
-  if (openPlaylist != nullptr) openPlaylist->InvalidateAll(false);
 }
 
 }  // namespace ui

@@ -22,8 +22,6 @@ class PlaylistView;
 
 namespace ui {
 
-class PlaylistScreen;
-
 class QtDialogs : public shell::Dialogs {
  public:
   explicit QtDialogs(QWidget& owner) : parent(owner) {}
@@ -37,7 +35,6 @@ class QtDialogs : public shell::Dialogs {
   void AttachPlaylist(playlist::PlaylistView& view, platform::MessageTarget& messages, int zoom);
   // The list screen, modal, over the face (PlaylistScreen).
   void Playlist() override;
-  void RefreshPlaylist() override;
   void Bookmarks() override {}
   void SleepTimer() override {}
   void KeyMapping() override {}
@@ -52,7 +49,6 @@ class QtDialogs : public shell::Dialogs {
   playlist::PlaylistView* playlistView = nullptr;
   platform::MessageTarget* mainWindow = nullptr;
   int faceZoom = 1;
-  PlaylistScreen* openPlaylist = nullptr;  // while Playlist() runs
 };
 
 }  // namespace ui
