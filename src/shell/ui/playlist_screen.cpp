@@ -105,9 +105,14 @@ PlaylistScreen::PlaylistScreen(playlist::PlaylistView& listView, platform::Messa
   rows->SetCount(view.ItemCount());
   view.SetListWindow(this);
   ShowMoveMode();
+  list->setFocus();
+}
+
+// The focus row is scrolled into view once the list has its size.
+void PlaylistScreen::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
   const int focus = view.FocusIndex();
   if (focus >= 0 && focus < view.ItemCount()) list->scrollTo(rows->index(focus));
-  list->setFocus();
 }
 
 // From here on the model tells nothing, and the reader's queued redraws die

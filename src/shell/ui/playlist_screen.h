@@ -98,6 +98,9 @@ class PlaylistScreen : public QDialog, public playlist::ListWindow {
   PlaylistRowDelegate& Rows() { return *delegate; }
   DialogSoftKeys& SoftKeys() { return *softKeys; }
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   void MoveFocus(int distance);
   void ToggleMoveMode();
