@@ -63,7 +63,9 @@ void Fill(playlist::PlaylistView& view, int entries) {
   view.SetFlags(entries / 2, playlist::ITEM_CURRENT, true);
 }
 
-double Milliseconds(const QElapsedTimer& clock) { return static_cast<double>(clock.nsecsElapsed()) / 1e6; }
+double Milliseconds(const QElapsedTimer& clock) {
+  return static_cast<double>(clock.nsecsElapsed()) / 1e6;
+}
 
 long PeakResidentMb() {
   rusage usage{};
@@ -71,7 +73,9 @@ long PeakResidentMb() {
   return usage.ru_maxrss / 1024;
 }
 
-const char* Verdict(bool met) { return met ? "met" : "MISSED"; }
+const char* Verdict(bool met) {
+  return met ? "met" : "MISSED";
+}
 
 }  // namespace
 
@@ -124,10 +128,11 @@ int main(int argc, char** argv) {
   const long peakMb = PeakResidentMb();
   std::printf("open to first paint     %8.2f ms   target < %.0f ms: %s\n", openMs, kOpenTargetMs,
               Verdict(openMs < kOpenTargetMs));
-  std::printf("page scroll + repaint   %zu pages (%d rows per page): mean %.3f ms, p99 %.3f ms, max %.3f ms"
-              "   target < %.0f ms: %s\n",
-              pages.size(), screen.List().RowsPerPage() + 1, mean, p99, pages.back(), kPageTargetMs,
-              Verdict(pages.back() < kPageTargetMs));
+  std::printf(
+      "page scroll + repaint   %zu pages (%d rows per page): mean %.3f ms, p99 %.3f ms, max %.3f ms"
+      "   target < %.0f ms: %s\n",
+      pages.size(), screen.List().RowsPerPage() + 1, mean, p99, pages.back(), kPageTargetMs,
+      Verdict(pages.back() < kPageTargetMs));
   std::printf("sort by title           %8.2f ms\n", sortMs);
   std::printf("remove duplicates       %8.2f ms   (%d -> %d entries)\n", duplicatesMs, beforeDuplicates,
               view.ItemCount());

@@ -1,5 +1,7 @@
 // The list screen on Qt's offscreen platform: rows painted from the model,
 // the keys, move mode, and the menus' commands reaching the model.
+#include "shell/ui/playlist_screen.h"
+
 #include <gtest/gtest.h>
 
 #include <QAction>
@@ -25,7 +27,6 @@
 #include "shell/menu.h"
 #include "shell/ui/dialog_frame.h"
 #include "shell/ui/playlist_row_delegate.h"
-#include "shell/ui/playlist_screen.h"
 #include "shell/window_messages.h"
 
 namespace {
@@ -161,8 +162,11 @@ TEST_F(PlaylistScreenTest, TheTimeColumnTakesItsWidthFromTheMinutes) {
     std::uint32_t durationMs;
     const char* shown;
     int digits;
-  } const cases[] = {{62 * 60000 + 3000, "62:03", 2}, {100 * 60000, "100:00", 3}, {0, "", 1},
-                     {9 * 60000 + 59000, "9:59", 1},  {0xFFFFFFFFu, "0:00", 1}};
+  } const cases[] = {{62 * 60000 + 3000, "62:03", 2},
+                     {100 * 60000, "100:00", 3},
+                     {0, "", 1},
+                     {9 * 60000 + 59000, "9:59", 1},
+                     {0xFFFFFFFFu, "0:00", 1}};
   Add(1);
   view.SetFocusIndex(5);
   Open();
@@ -280,7 +284,8 @@ TEST_F(PlaylistScreenTest, MoveModeMovesTheSelectedBlockAndKeepsTheSoftKeys) {
 TEST_F(PlaylistScreenTest, TheSoftKeysRequestChangesAKeyThatIsTheCommand) {
   shell::MenuBar bar(shell::MenuItem::Command(playlist::kCommandPlayFocused, ""), shell::MenuItem());
   ui::SoftKeyBar keys(bar, {});
-  EXPECT_TRUE(keys.ChangeKeyCommand(playlist::kCommandPlayFocused, playlist::kCommandMoveItems, "End moving"));
+  EXPECT_TRUE(
+      keys.ChangeKeyCommand(playlist::kCommandPlayFocused, playlist::kCommandMoveItems, "End moving"));
   EXPECT_EQ(bar.LeftKey().id, std::uint32_t(playlist::kCommandMoveItems));
   EXPECT_EQ(keys.LeftKey()->text(), "End moving");
   EXPECT_FALSE(keys.ChangeKeyCommand(playlist::kCommandPlayFocused, 1, "x"));
@@ -301,7 +306,8 @@ TEST_F(PlaylistScreenTest, MenuCommandsReachTheModel) {
   QTimer::singleShot(0, [&popupTexts] {
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     if (menu == nullptr) return;
-    for (QAction* action : menu->actions()) popupTexts += (action->isSeparator() ? "-" : action->text()) + "|";
+    for (QAction* action : menu->actions())
+      popupTexts += (action->isSeparator() ? "-" : action->text()) + "|";
     if (QAction* reverse = menu->findChild<QAction*>("1506")) menu->setActiveAction(reverse);
     QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
     QApplication::sendEvent(menu, &enter);

@@ -154,8 +154,9 @@ void PlaylistRowDelegate::PaintRow(int index, QImage& image) const {
 
   if (scratch.current) {
     const int state = playerState ? playerState() : 1;
-    const QImage& icon =
-        icons[state == kStatePlaying ? kIconPlaying : state == kStatePaused ? kIconPaused : kIconStopped];
+    const QImage& icon = icons[state == kStatePlaying  ? kIconPlaying
+                               : state == kStatePaused ? kIconPaused
+                                                       : kIconStopped];
     painter.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
     painter.drawImage(Scaled(kIconX), (height - Scaled(8)) / 2, icon);
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
@@ -165,8 +166,8 @@ void PlaylistRowDelegate::PaintRow(int index, QImage& image) const {
   painter.drawText(QRect(textLeft, 0, std::max(0, textRight - textLeft), height), Qt::AlignLeft | kTextFlags,
                    scratch.line);
   if (!scratch.time.isEmpty())
-    painter.drawText(QRect(textRight, 0, scratch.columnWidth - Scaled(1), height), Qt::AlignRight | kTextFlags,
-                     scratch.time);
+    painter.drawText(QRect(textRight, 0, scratch.columnWidth - Scaled(1), height),
+                     Qt::AlignRight | kTextFlags, scratch.time);
   painter.fillRect(textRight, 0, Scaled(1), height, Qt::white);
 
   if (index == view.FocusIndex() && !view.MoveMode()) {

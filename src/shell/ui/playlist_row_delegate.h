@@ -62,8 +62,8 @@ struct PlaylistColours {
 
 // What one row shows, as step 4 to 6 above lay it out.
 struct RowContent {
-  QString line;     // the number and the text
-  QString time;     // "m:ss"; empty for a zero duration
+  QString line;  // the number and the text
+  QString time;  // "m:ss"; empty for a zero duration
   int columnWidth = 0;
   bool current = false;  // carries the state icon
 };

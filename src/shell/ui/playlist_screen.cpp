@@ -42,9 +42,13 @@ class WaitCursor {
 
 }  // namespace
 
-int PlaylistRows::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count; }
+int PlaylistRows::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : count;
+}
 
-QVariant PlaylistRows::data(const QModelIndex&, int) const { return {}; }
+QVariant PlaylistRows::data(const QModelIndex&, int) const {
+  return {};
+}
 
 void PlaylistRows::SetCount(int newCount) {
   beginResetModel();
@@ -67,7 +71,9 @@ void PlaylistListView::keyPressEvent(QKeyEvent* event) {
     event->ignore();
 }
 
-void PlaylistListView::keyReleaseEvent(QKeyEvent* event) { event->accept(); }
+void PlaylistListView::keyReleaseEvent(QKeyEvent* event) {
+  event->accept();
+}
 
 PlaylistScreen::PlaylistScreen(playlist::PlaylistView& listView, platform::MessageTarget& main, int zoom,
                                QWidget* parent)
@@ -97,9 +103,8 @@ PlaylistScreen::PlaylistScreen(playlist::PlaylistView& listView, platform::Messa
   list->onKey = [this](int key) { return HandleKey(key); };
   layout->addWidget(list, 1);
 
-  softKeys = new DialogSoftKeys(*this, shell::kMenuPlaylistScreen, [this](std::uint32_t command) {
-    RunCommand(command);
-  });
+  softKeys = new DialogSoftKeys(*this, shell::kMenuPlaylistScreen,
+                                [this](std::uint32_t command) { RunCommand(command); });
   layout->addWidget(softKeys);
 
   rows->SetCount(view.ItemCount());
@@ -117,7 +122,9 @@ void PlaylistScreen::showEvent(QShowEvent* event) {
 
 // From here on the model tells nothing, and the reader's queued redraws die
 // with this object.
-PlaylistScreen::~PlaylistScreen() { view.SetListWindow(nullptr); }
+PlaylistScreen::~PlaylistScreen() {
+  view.SetListWindow(nullptr);
+}
 
 bool PlaylistScreen::HandleKey(int key) {
   const int page = list->RowsPerPage() + 1;
@@ -136,15 +143,30 @@ bool PlaylistScreen::HandleKey(int key) {
       MoveFocus(0);
       return true;
     }
-    case Qt::Key_Up: MoveFocus(-1); return true;
-    case Qt::Key_Down: MoveFocus(1); return true;
-    case Qt::Key_Left: MoveFocus(-page); return true;
-    case Qt::Key_Right: MoveFocus(page); return true;
+    case Qt::Key_Up:
+      MoveFocus(-1);
+      return true;
+    case Qt::Key_Down:
+      MoveFocus(1);
+      return true;
+    case Qt::Key_Left:
+      MoveFocus(-page);
+      return true;
+    case Qt::Key_Right:
+      MoveFocus(page);
+      return true;
     // The phone's soft keys.
-    case Qt::Key_F1: softKeys->LeftKey()->click(); return true;
-    case Qt::Key_F2: softKeys->RightKey()->click(); return true;
-    case Qt::Key_Escape: return false;
-    default: MoveFocus(0); return true;
+    case Qt::Key_F1:
+      softKeys->LeftKey()->click();
+      return true;
+    case Qt::Key_F2:
+      softKeys->RightKey()->click();
+      return true;
+    case Qt::Key_Escape:
+      return false;
+    default:
+      MoveFocus(0);
+      return true;
   }
 }
 
@@ -187,16 +209,26 @@ void PlaylistScreen::ShowMoveMode() {
 void PlaylistScreen::RunCommand(std::uint32_t command) {
   using namespace playlist;
   switch (static_cast<int>(command)) {
-    case shell::kCommandCancel: return reject();  // Back
-    case kCommandPlayFocused: return view.PlayFocused();
-    case kCommandAddFiles: return view.AddFiles();
-    case kCommandAddFolders: return view.AddFolder();
-    case kCommandAddUrl: return view.AddUrl();
-    case kCommandNewPlaylist: return view.NewPlaylist();
-    case kCommandSavePlaylist: return view.SavePlaylist();
-    case kCommandLoadPlaylist: return view.LoadPlaylist();
-    case kCommandMoveItems: return ToggleMoveMode();
-    case kCommandInfo: return ShowInfo();
+    case shell::kCommandCancel:
+      return reject();  // Back
+    case kCommandPlayFocused:
+      return view.PlayFocused();
+    case kCommandAddFiles:
+      return view.AddFiles();
+    case kCommandAddFolders:
+      return view.AddFolder();
+    case kCommandAddUrl:
+      return view.AddUrl();
+    case kCommandNewPlaylist:
+      return view.NewPlaylist();
+    case kCommandSavePlaylist:
+      return view.SavePlaylist();
+    case kCommandLoadPlaylist:
+      return view.LoadPlaylist();
+    case kCommandMoveItems:
+      return ToggleMoveMode();
+    case kCommandInfo:
+      return ShowInfo();
     case kCommandSortPopup:
       return RunPopup({{kCommandSortTitle, kTextSortByTitle},
                        {kCommandSortFileName, kTextSortByFileName},
@@ -205,12 +237,16 @@ void PlaylistScreen::RunCommand(std::uint32_t command) {
                        {0, 0},
                        {kCommandReverse, kTextReverse},
                        {kCommandRandomize, kTextRandomize}});
-    case kCommandReadPopup: return RunPopup({{kCommandReadInfoAgain, kTextReadInfo}});
+    case kCommandReadPopup:
+      return RunPopup({{kCommandReadInfoAgain, kTextReadInfo}});
     case kCommandRemovePopup:
       return RunPopup({{kCommandRemoveDead, kTextRemoveDead}, {kCommandEraseSelected, kTextEraseSelected}});
     case kCommandRemoveDead:
-    case kCommandEraseSelected: return RunWithWaitCursor(command);
-    default: RunEditingCommand(view, static_cast<int>(command)); return;
+    case kCommandEraseSelected:
+      return RunWithWaitCursor(command);
+    default:
+      RunEditingCommand(view, static_cast<int>(command));
+      return;
   }
 }
 
@@ -224,10 +260,10 @@ void PlaylistScreen::RunWithWaitCursor(std::uint32_t command) {
 void PlaylistScreen::ShowInfo() {
   for (int i = 0; i < view.ItemCount(); ++i) {
     if ((view.FlagsAt(i) & playlist::ITEM_SELECTED) == 0) continue;
-    QMessageBox box(QMessageBox::NoIcon, "Info",
-                    QString::fromStdString(
-                        platform::FormatText(platform::LoadText(kTextSelectedPath), {view.PathAt(i)})),
-                    QMessageBox::Ok, this);
+    QMessageBox box(
+        QMessageBox::NoIcon, "Info",
+        QString::fromStdString(platform::FormatText(platform::LoadText(kTextSelectedPath), {view.PathAt(i)})),
+        QMessageBox::Ok, this);
     box.setObjectName("info");
     box.exec();
     return;
@@ -253,9 +289,13 @@ void PlaylistScreen::RunPopup(std::initializer_list<std::pair<std::uint32_t, std
   if (chosen != 0) RunCommand(chosen);
 }
 
-void PlaylistScreen::SetItemCount(int count) { rows->SetCount(count); }
+void PlaylistScreen::SetItemCount(int count) {
+  rows->SetCount(count);
+}
 
-void PlaylistScreen::InvalidateAll(bool) { list->viewport()->update(); }
+void PlaylistScreen::InvalidateAll(bool) {
+  list->viewport()->update();
+}
 
 void PlaylistScreen::RedrawRow(int index) {
   if (index < 0 || index >= rows->rowCount()) return;
@@ -263,11 +303,13 @@ void PlaylistScreen::RedrawRow(int index) {
 }
 
 void PlaylistScreen::PostRowRead(int index) {
-  QMetaObject::invokeMethod(this, [this, index] { RedrawRow(index); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      this, [this, index] { RedrawRow(index); }, Qt::QueuedConnection);
 }
 
 void PlaylistScreen::PostReadingDone() {
-  QMetaObject::invokeMethod(this, [this] { InvalidateAll(false); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      this, [this] { InvalidateAll(false); }, Qt::QueuedConnection);
 }
 
 }  // namespace ui
