@@ -53,6 +53,27 @@ MenuBar MainBar() {
   return MenuBar(SoftKey(kCommandPlaylist, 40002), std::move(menu));
 }
 
+// 156, the list screen: the left soft key the popup 1517 "File", the right
+// one 1516 "Menu", whose first entry, Move Items, carries move mode's check
+// mark.
+MenuBar PlaylistScreenBar() {
+  constexpr std::uint32_t m = kMenuPlaylistScreen;
+  auto commands = [](std::initializer_list<std::uint32_t> ids) {
+    std::vector<Item> entries;
+    for (const std::uint32_t id : ids) entries.push_back(id == 0 ? Item::Separator() : Command(m, id));
+    return entries;
+  };
+  Item file = Item::Popup(kPopupPlaylistFile, Key(m, "1517"),
+                          commands({5001, 5082, 5081, 5080, 5005, 0, 5094, 5095}));
+  Item select = Item::Popup(0, Key(m, "p1.2"), commands({5089, 5088, 5087}));
+  Item remove = Item::Popup(0, Key(m, "p1.3"), commands({5084, 5086, 5085, 40014, 1511, 1512}));
+  Item sort = Item::Popup(0, Key(m, "p1.4"), commands({1500, 1501, 1502, 1503, 0, 1506, 1507}));
+  Item menu = Item::Popup(kPopupMainMenu, Key(m, "1516"),
+                          {Command(m, 40013), Item::Separator(), std::move(select), std::move(remove),
+                           std::move(sort), Item::Separator(), Command(m, kCommandCancel)});
+  return MenuBar(std::move(file), std::move(menu));
+}
+
 MenuBar TwoKeys(std::uint32_t menuId, std::uint32_t left, std::uint32_t right) {
   return MenuBar(Command(menuId, left), right == 0 ? Item() : Command(menuId, right));
 }
@@ -77,6 +98,8 @@ std::optional<MenuBar> MenuTemplate(std::uint32_t menuId) {
   switch (menuId) {
     case kMenuMainBar:
       return MainBar();
+    case kMenuPlaylistScreen:
+      return PlaylistScreenBar();
     case kMenuDone:
       return TwoKeys(menuId, kCommandOk, 0);
     case kMenuDoneCancel:

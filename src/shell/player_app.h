@@ -138,6 +138,9 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   AppSettings& Settings() { return settings; }
   playlist::PlaylistSettings& ListSettings() { return playlist.Settings(); }
   playlist::PlaylistView& Playlist() { return playlist; }
+  // The playing position in whole seconds, as the list was last told it by
+  // the position request (2565).
+  std::int32_t PlaylistSeconds() const { return playlistSeconds; }
   effects::EqualizerSettings& EqualizerSettings() { return equalizerSettings; }
   MenuBar& Menu() { return menuBar; }
   MainWindow* Window() { return window.get(); }
@@ -280,6 +283,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   // Persistent fields and the objects whose fields the settings fill.
   AppSettings settings;
   playlist::PlaylistView playlist;
+  std::int32_t playlistSeconds = 0;  // see PlaylistSeconds
   effects::EqualizerSettings equalizerSettings;
 
   playback::MediaDecoder idleDecoder;

@@ -7,9 +7,6 @@
 
 namespace shell {
 
-// --- The list screen --------------------------------------------------------------------
-void PlayerApp::ScrollPlaylist(bool /*up*/) {}
-
 // --- Keys and the key filter -----------------------------------------------------------
 void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
 void PlayerApp::KeyUp(std::uint32_t /*key*/) {}

@@ -46,10 +46,11 @@ std::int32_t PlayerApp::LengthMs() {
   return currentDecoder != nullptr ? static_cast<std::int32_t>(currentDecoder->GetDuration()) : 0;
 }
 
+// The skin's poll of the position also gives the list the position in whole
+// seconds. No row of the list screen shows it: the list keeps it, and that is all.
 std::int32_t PlayerApp::PositionMs() {
-  // The list's time display, which also gets the position in whole seconds
-  // from here, comes with the list screen.
   const std::uint32_t position = currentDecoder != nullptr ? currentDecoder->GetPosition() : 0;
+  playlistSeconds = static_cast<std::int32_t>(position / 1000);
   return static_cast<std::int32_t>(position);
 }
 

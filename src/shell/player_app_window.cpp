@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "platform/text_format.h"
 #include "platform/texts.h"
+#include "playlist/playlist_editing.h"
 #include "shell/dialogs.h"
 #include "shell/main_window.h"
 #include "shell/player_app.h"
@@ -139,6 +140,13 @@ void PlayerApp::LoadFiles() {
 }
 void PlayerApp::AddFiles() {
   playlist.AddFiles();
+}
+
+// Messages 2649 and 2650: in move mode the selected rows move one row; the
+// list screen, if open, redraws in any case. The focus stays.
+void PlayerApp::ScrollPlaylist(bool up) {
+  if (playlist.MoveMode()) playlist::MoveSelected(playlist, up ? -1 : 1);
+  playlist.Invalidate(false);
 }
 
 std::intptr_t PlayerApp::RefreshInformationBlock(std::uintptr_t /*wParam*/, std::intptr_t /*lParam*/) {

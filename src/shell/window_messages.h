@@ -125,7 +125,9 @@ enum MenuId : std::uint32_t {
   kMenuDone = 105,
   kMenuDoneCancel = 157,
   kMenuSaveCancel = 159,
-  kPopupMainMenu = 1516,  // the right soft key's popup of the main bar
+  kMenuPlaylistScreen = 156,
+  kPopupMainMenu = 1516,      // the right soft key's popup of the main bar and of the list screen's
+  kPopupPlaylistFile = 1517,  // the list screen's left soft key
 };
 
 }  // namespace shell

@@ -244,6 +244,7 @@ TEST_F(TransportTest, SkipsStepFromThePositionAndBackNearTheStartDoesNothing) {
   ASSERT_TRUE(RunUntil([&] { return app->Output().StreamCount() != 0; })) << "the decoder has its stream";
   Send(kMessageSeek, 3000);
   ASSERT_EQ(app->PositionMs(), 3000);
+  EXPECT_EQ(app->PlaylistSeconds(), 3) << "the position request tells the list its whole seconds";
   Window().skin.message.clear();
   Send(kMessageRewind);
   EXPECT_EQ(app->PositionMs(), 3000);

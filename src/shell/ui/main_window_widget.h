@@ -39,6 +39,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   bool AttachMenuBar(shell::MenuBar& bar) override;
   shell::SkinDisplay* CreateSkin(int width, int height, const std::string& skinDirectory) override;
   shell::Dialogs& DialogLauncher() override { return dialogs; }
+  QtDialogs& QtDialogLauncher() { return dialogs; }
   playlist::PlaylistDialogs* PlaylistBoxes() override { return nullptr; }
   void Show() override;
   void BringToForeground() override;

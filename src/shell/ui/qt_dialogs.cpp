@@ -5,13 +5,17 @@
 
 #include "platform/text_format.h"
 #include "shell/language_pack.h"
+#include "shell/player_app.h"
 #include "shell/ui/dialog_frame.h"
+#include "shell/ui/playlist_screen.h"
 #include "shell/window_messages.h"
 
 namespace ui {
 namespace {
 
 constexpr std::uint32_t kAboutDialog = 119;
+constexpr std::uint32_t kPlaylistDialog = 103;
+constexpr int kSoftKeyBarHeight = 40;
 constexpr std::int64_t kVersionMajor = 2;
 constexpr std::int64_t kVersionMinor = 14;
 
@@ -34,6 +38,23 @@ void QtDialogs::About() {
     ShowDialog(dialog, kAboutDialog);
   }
   shell::ModalDialogOpen() = false;
+}
+
+void QtDialogs::AttachPlaylist(playlist::PlaylistView& view, platform::MessageTarget& messages, int zoom) {
+  playlistView = &view;
+  mainWindow = &messages;
+  faceZoom = zoom;
+}
+
+// The screen covers the main window, face and keys, and can be resized.
+void QtDialogs::Playlist() {
+  if (playlistView == nullptr || mainWindow == nullptr) return;
+  PlaylistScreen screen(*playlistView, *mainWindow, faceZoom, &parent);
+  if (parent.isVisible())
+    screen.setGeometry(parent.geometry());
+  else
+    screen.resize(shell::kSkinWidth * faceZoom, shell::kSkinHeight * faceZoom + kSoftKeyBarHeight);
+  ShowDialog(screen, kPlaylistDialog);
 }
 
 }  // namespace ui

@@ -1,6 +1,6 @@
 // The dialogs of the main window, as Qt dialogs.
 //
-// About is here. The others come with the work on their subjects (the
+// About and the list screen are here. The others come with the work on their subjects (the
 // equalizer, the playlist screen, bookmarks, timers, key mapping, options,
 // file types); until then choosing them opens nothing. The file picker and
 // the list's small boxes are playlist::PlaylistDialogs, which the window
@@ -13,6 +13,13 @@
 
 class QWidget;
 
+namespace platform {
+class MessageTarget;
+}
+namespace playlist {
+class PlaylistView;
+}
+
 namespace ui {
 
 class QtDialogs : public shell::Dialogs {
@@ -23,7 +30,11 @@ class QtDialogs : public shell::Dialogs {
   // modal dialog is open.
   void About() override;
   void Equalizer() override {}
-  void Playlist() override {}
+  // The list screen over `view`, which the main window's `messages` serve;
+  // `zoom` is the face's. Until this is called the screen doesn't open.
+  void AttachPlaylist(playlist::PlaylistView& view, platform::MessageTarget& messages, int zoom);
+  // The list screen, modal, over the face (PlaylistScreen).
+  void Playlist() override;
   void Bookmarks() override {}
   void SleepTimer() override {}
   void KeyMapping() override {}
@@ -35,6 +46,9 @@ class QtDialogs : public shell::Dialogs {
 
  private:
   QWidget& parent;
+  playlist::PlaylistView* playlistView = nullptr;
+  platform::MessageTarget* mainWindow = nullptr;
+  int faceZoom = 1;
 };
 
 }  // namespace ui

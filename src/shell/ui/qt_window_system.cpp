@@ -24,6 +24,7 @@ shell::Rect QtWindowSystem::WorkArea() {
 std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell::Rect& area,
                                                                     shell::PlayerApp& app) {
   auto window = std::make_unique<MainWindowWidget>(area, app);
+  window->QtDialogLauncher().AttachPlaylist(app.Playlist(), window->Messages(), window->Zoom());
   platform::MessageTarget* target = &window->Messages();
   terminationSignals =
       std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });

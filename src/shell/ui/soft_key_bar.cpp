@@ -38,6 +38,18 @@ void SoftKeyBar::Press(bool leftKey) {
   if (command != 0 && onCommand) onCommand(command);
 }
 
+bool SoftKeyBar::ChangeKeyCommand(std::uint32_t from, std::uint32_t to, const std::string& text) {
+  for (const bool leftKey : {true, false}) {
+    shell::MenuItem& key = leftKey ? bar.LeftKey() : bar.RightKey();
+    if (key.kind != shell::MenuItem::Kind::Command || key.id != from) continue;
+    key.id = to;
+    key.text = text;
+    (leftKey ? left : right)->setText(QString::fromStdString(text));
+    return true;
+  }
+  return false;
+}
+
 // The menu opens above its key, on the key's side of the bar.
 std::uint32_t SoftKeyBar::OpenMenu(bool leftKey) {
   const shell::MenuItem& key = leftKey ? bar.LeftKey() : bar.RightKey();

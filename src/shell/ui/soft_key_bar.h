@@ -8,6 +8,7 @@
 #include <QWidget>
 #include <cstdint>
 #include <functional>
+#include <string>
 
 class QPushButton;
 
@@ -27,6 +28,10 @@ class SoftKeyBar : public QWidget {
   // Opens the menu of a key that holds a popup and returns the chosen
   // command, 0 for none.
   std::uint32_t OpenMenu(bool leftKey);
+  // The menu bar's button request: the key that is the command `from`
+  // becomes the command `to` with `text`. False, and nothing changes, when
+  // no key is that command (a key that holds a popup never is).
+  bool ChangeKeyCommand(std::uint32_t from, std::uint32_t to, const std::string& text);
 
  private:
   void Press(bool leftKey);
