@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -253,6 +254,29 @@ TEST_F(PlaylistScreenTest, PlayMakesTheFocusRowCurrentAndPostsPlay) {
   screen->RunCommand(playlist::kCommandPlayFocused);
   EXPECT_EQ(view.CurrentIndex(), 3);
   EXPECT_TRUE(view.FlagsAt(3) & ITEM_CURRENT);
+  ASSERT_FALSE(mainWindow.posted.empty());
+  EXPECT_EQ(mainWindow.posted.back(), (std::pair<std::uint32_t, std::uintptr_t>{playlist::kMessagePlay, 2}));
+}
+
+TEST_F(PlaylistScreenTest, AClickFocusesARowAndADoubleClickPlaysIt) {
+  Add(5);
+  Open();
+  const auto click = [&](int row, QEvent::Type type) {
+    const QPoint at = screen->List().visualRect(screen->List().model()->index(row, 0)).center();
+    QMouseEvent press(type, at, screen->List().viewport()->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+    QApplication::sendEvent(screen->List().viewport(), &press);
+    QMouseEvent release(QEvent::MouseButtonRelease, at, screen->List().viewport()->mapToGlobal(at),
+                        Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(screen->List().viewport(), &release);
+  };
+  click(2, QEvent::MouseButtonPress);
+  EXPECT_EQ(view.FocusIndex(), 2);
+  EXPECT_TRUE(mainWindow.posted.empty()) << "a click only moves the focus";
+  click(3, QEvent::MouseButtonPress);
+  click(3, QEvent::MouseButtonDblClick);
+  EXPECT_EQ(view.FocusIndex(), 3);
+  EXPECT_EQ(view.CurrentIndex(), 3);
   ASSERT_FALSE(mainWindow.posted.empty());
   EXPECT_EQ(mainWindow.posted.back(), (std::pair<std::uint32_t, std::uintptr_t>{playlist::kMessagePlay, 2}));
 }

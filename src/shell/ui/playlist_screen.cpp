@@ -101,6 +101,14 @@ PlaylistScreen::PlaylistScreen(playlist::PlaylistView& listView, platform::Messa
   list->setPalette(palette);
   list->setModel(rows);
   list->onKey = [this](int key) { return HandleKey(key); };
+  // On a desktop the pointer works too: a click moves the focus to the row,
+  // a double click plays it (Play, 5001).
+  connect(list, &QAbstractItemView::clicked, this,
+          [this](const QModelIndex& index) { MoveFocus(index.row() - view.FocusIndex()); });
+  connect(list, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+    MoveFocus(index.row() - view.FocusIndex());
+    RunCommand(playlist::kCommandPlayFocused);
+  });
   layout->addWidget(list, 1);
 
   softKeys = new DialogSoftKeys(*this, shell::kMenuPlaylistScreen,
