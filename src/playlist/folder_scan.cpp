@@ -23,7 +23,7 @@ struct FolderEntry {
 using FolderIdentity = std::pair<dev_t, ino_t>;
 
 // Calls `visit(name, isFolder)` for each folder and regular file of `folder`
-// until it returns false. A symbolic link counts as what it points to; a
+// whose name doesn't begin with a dot, until it returns false. A symbolic link counts as what it points to; a
 // dangling one, and anything that is neither folder nor regular file, is
 // left out. False when the folder can't be opened.
 template <typename Visit>
@@ -45,7 +45,7 @@ bool ForEachEntry(const std::string& folder, FolderIdentity* identity, Visit&& v
   }
   while (const dirent* entry = ::readdir(directory)) {
     const std::string_view name = entry->d_name;
-    if (name == "." || name == "..") continue;
+    if (name.front() == '.') continue;  // ".", "..", and what the user keeps hidden
     bool isFolder = entry->d_type == DT_DIR;
     bool isFile = entry->d_type == DT_REG;
     if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {

@@ -16,6 +16,9 @@
 //  5. Only regular files and folders are taken; a pipe or a device named
 //     like a track would block whoever opens it.
 //  6. Names are kept as the bytes the file system gives, valid UTF-8 or not.
+//  7. Hidden entries (names beginning with a dot) are left out, as a Linux
+//     file chooser leaves them out: the home folder's caches, settings and
+//     trash hold no music the user means to choose.
 //
 // Threads: any thread; nothing here keeps state between calls. The registry
 // is only read.

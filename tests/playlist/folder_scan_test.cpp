@@ -105,7 +105,7 @@ TEST_F(FolderScanTest, ClassifiesByTheEnabledExtensionsWithoutCase) {
 
 // The tree of the brief: a loop, an unreadable folder, a name that isn't
 // UTF-8, a link to a folder the walk has already seen, a pipe, a dangling
-// link and extensions of every kind.
+// link, hidden entries and extensions of every kind.
 TEST_F(FolderScanTest, WalksAMadeTreeInNameOrderAndSurvivesWhatItMeets) {
   Make("a.mp3");
   Make("b.txt");
@@ -120,6 +120,8 @@ TEST_F(FolderScanTest, WalksAMadeTreeInNameOrderAndSurvivesWhatItMeets) {
   Link("albums/loop", "..");
   Link("link_to_one", "albums/one");
   Make("locked/secret.mp3");
+  Make(".cache/hidden.mp3");
+  Make("albums/.hidden.mp3");
   ASSERT_EQ(::mkfifo(root.File("pipe.mp3").c_str(), 0644), 0);
   fs::create_symlink("nowhere.mp3", root.File("dangling.mp3"));
   fs::permissions(root.File("locked"), fs::perms::none);
