@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 #include <filesystem>
@@ -33,9 +34,10 @@ namespace fs = std::filesystem;
 using testing_support::ProcessEventsUntil;
 using ui::FolderTree;
 
-// Runs `act` on the next modal dialog of type T once it is showing.
+// Runs `act` on the next modal dialog of type T once it is showing. The
+// watch ends when it has acted, or when the caller deletes it.
 template <typename T>
-void WhenModal(std::function<void(T&)> act) {
+QPointer<QTimer> WhenModal(std::function<void(T&)> act) {
   auto* timer = new QTimer;
   timer->setInterval(10);
   QObject::connect(timer, &QTimer::timeout, [timer, act = std::move(act)] {
@@ -46,6 +48,7 @@ void WhenModal(std::function<void(T&)> act) {
     act(*dialog);
   });
   timer->start();
+  return timer;
 }
 
 void Press(QWidget& widget, int key) {
@@ -372,6 +375,39 @@ TEST_F(FirstStartTest, AnEmptyListOpensThePickerWhoseChoiceBecomesTheList) {
   EXPECT_EQ(list.PathAt(0), home + "/songs/first.mp3");
   EXPECT_EQ(list.PathAt(1), home + "/songs/second.mp3");
   EXPECT_FALSE(shell::ModalDialogOpen());
+}
+
+TEST_F(FirstStartTest, TheStartOptionsLoadAFolderTreeWithoutThePicker) {
+  const std::string home = platform::HomeDirectory();
+  for (const char* name : {"songs/a.mp3", "other/b.mp3", "chosen/c.mp3", "chosen/deeper/d.mp3"}) {
+    fs::create_directories(fs::path(home + "/" + name).parent_path());
+    testing_support::WriteFile(home + "/" + name, "x");
+  }
+  shell::ModalDialogOpen() = false;
+  testing_support::SpyApp& player = Start();
+  bool offered = false;
+  QPointer<QTimer> watch = WhenModal<ui::FilePicker>([&](ui::FilePicker& picker) {
+    offered = true;
+    picker.reject();
+  });
+  playlist::PlaylistView& list = player.Playlist();
+
+  player.Settings().loadLocalContent = true;
+  player.OpenMedia("", true);
+  EXPECT_EQ(list.ItemCount(), 4) << "the whole home folder";
+
+  list.ClearAll();
+  player.Settings().loadLocalContent = false;
+  player.Settings().loadFolderContents = true;
+  player.Settings().loadPath = home + "/chosen";
+  player.OpenMedia("", true);
+  ASSERT_EQ(list.ItemCount(), 2);
+  EXPECT_EQ(list.PathAt(0), home + "/chosen/c.mp3");
+  EXPECT_EQ(list.PathAt(1), home + "/chosen/deeper/d.mp3");
+  EXPECT_EQ(list.CurrentIndex(), 0);
+
+  EXPECT_FALSE(offered);
+  delete watch.data();
 }
 
 }  // namespace

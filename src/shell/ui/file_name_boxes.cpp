@@ -179,12 +179,11 @@ void TextPrompt::Prepare(const std::optional<std::string>& title) {
   field->setCursorPosition(std::min(kCaretPosition, int(field->text().size())));
 }
 
+// Unlike the picker and File Save, the box doesn't look at modalDialogOpen:
+// it opens from the list screen and from other boxes.
 bool TextPrompt::Show(const std::optional<std::string>& title) {
-  if (shell::ModalDialogOpen()) return false;
-  shell::ModalDialogOpen() = true;
   Prepare(title);
   exec();
-  shell::ModalDialogOpen() = false;
   return !cancelled;
 }
 
