@@ -73,11 +73,15 @@ bool ListFolder(const std::string& folder, std::vector<FolderEntry>& entries, Fo
   return opened;
 }
 
-// A walk's memory of the folders it has entered.
+// A walk's memory of the folders it has entered, and, for the tests of a
+// level, the number of folders the level may still list.
 class Walk {
  public:
+  explicit Walk(int* levelBudget = nullptr) : budget(levelBudget) {}
+  bool Exhausted() const { return budget != nullptr && *budget <= 0; }
   // Lists the folder unless it can't be read or was entered before.
   bool Enter(const std::string& folder, std::vector<FolderEntry>& entries) {
+    if (budget != nullptr) --*budget;
     FolderIdentity identity{};
     if (!ListFolder(folder, entries, &identity)) return false;
     return entered.insert(identity).second;
@@ -85,10 +89,12 @@ class Walk {
 
  private:
   std::set<FolderIdentity> entered;
+  int* budget;
 };
 
 bool HasSubfolders(const playback::FormatRegistry& formats, const std::string& folder, const PickerFilter& filter,
                    Walk& walk) {
+  if (walk.Exhausted()) return true;  // can't tell in time: shown, and tested when opened
   std::vector<FolderEntry> entries;
   if (!walk.Enter(folder, entries)) return false;
   for (const FolderEntry& entry : entries) {
@@ -176,11 +182,13 @@ std::vector<LevelEntry> ReadLevel(const playback::FormatRegistry& formats, const
   std::vector<FolderEntry> entries;
   std::vector<LevelEntry> level;
   if (!ListFolder(folder, entries, nullptr)) return level;
+  int budget = kLevelSearchFolders;
   for (const FolderEntry& entry : entries) {
     if (!entry.isFolder) continue;
     const std::string path = ChildPath(folder, entry.name);
     const bool hasMedia = FolderHasMedia(formats, path, filter.playlistsOnly);
-    const bool hasSubfolders = FolderHasSubfolders(formats, path, filter);
+    Walk walk(&budget);
+    const bool hasSubfolders = HasSubfolders(formats, path, filter, walk);
     if (!hasMedia && !hasSubfolders && !filter.showAllFolders) continue;
     const int childCount = filter.foldersOnly ? int(hasSubfolders) : int(hasMedia) + int(hasSubfolders);
     level.push_back({entry.name, true, FileClass::kNone, childCount});

@@ -65,6 +65,13 @@ bool FolderHasMedia(const playback::FormatRegistry& formats, const std::string& 
 bool FolderHasSubfolders(const playback::FormatRegistry& formats, const std::string& folder,
                          const PickerFilter& filter);
 
+// How many folders the subfolder tests of one level may list in all. A home
+// folder full of other things (sources, caches of programs) holds deep trees
+// without media; once the budget is spent, the level's remaining folders
+// count as having subfolders, are shown, and are tested when opened. So a
+// level shows in bounded time whatever lies below it.
+inline constexpr int kLevelSearchFolders = 2000;
+
 // One level of the tree: its folders, then its files, each by name. Folders
 // that hold nothing to show are left out unless showAllFolders is on.
 std::vector<LevelEntry> ReadLevel(const playback::FormatRegistry& formats, const std::string& folder,

@@ -241,6 +241,18 @@ TEST_F(FolderScanTest, ALevelShowsWhatThePickerAsksFor) {
   EXPECT_EQ(level[level.size() - 2].fileClass, FileClass::kPlaylist);
 }
 
+TEST_F(FolderScanTest, ALevelSpendsABoundedSearchOnDeepTreesWithoutMedia) {
+  for (int i = 0; i <= playlist::kLevelSearchFolders; ++i) Folder("big/sub" + std::to_string(i));
+  Folder("late/empty");
+  Make("small/x/a.mp3");
+  EXPECT_FALSE(playlist::FolderHasSubfolders(formats, root.File("big"), {})) << "a whole search finds nothing";
+  EXPECT_EQ(Names(playlist::ReadLevel(formats, root.Path(), {})),
+            (std::vector<std::string>{"big/1", "late/1", "small/1"}))
+      << "the budget is spent in big: the folders after it are shown untested";
+  EXPECT_EQ(Names(playlist::ReadLevel(formats, root.File("late"), {})), std::vector<std::string>{})
+      << "and tested when opened";
+}
+
 TEST_F(FolderScanTest, TheSlicedScanDeliversWhatTheWalkFindsAndPumpsBetween) {
   for (int folder = 0; folder < 30; ++folder)
     for (int file = 0; file < 100; ++file)

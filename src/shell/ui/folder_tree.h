@@ -71,7 +71,6 @@ class FolderTree : public QTreeWidget {
   playlist::PickerFilter filter;
   bool ticks = true;
   std::string root;
-  bool propagating = false;
 };
 
 }  // namespace ui
