@@ -171,6 +171,24 @@ TEST_F(PickerTest, ATickedFolderThatWasNeverOpenedIsWalkedAndAReplaceClearsFirst
   EXPECT_EQ(view->PathAt(1), "/elsewhere/x.mp3") << "b's list, read in its place";
 }
 
+TEST_F(PickerTest, ANameThatIsntUtf8IsShownAsItCanBeAndHandedOnAsItsBytes) {
+  const std::string odd = Make("caf\xe9 \xff.mp3");
+  ui::FilePicker picker(formats, &owner);
+  std::vector<std::string> delivered;
+  picker.SetCallback([&](const char* path) { delivered.push_back(path == nullptr ? "(clear)" : path); });
+  picker.Prepare(false, false, false, home);
+  picker.Rebuild();
+  QTreeWidgetItem* top = picker.Tree().Root();
+  ASSERT_NE(top, nullptr);
+  ASSERT_EQ(top->childCount(), 1);
+  QTreeWidgetItem* node = top->child(0);
+  EXPECT_EQ(node->text(0).toStdString(), "caf\xef\xbf\xbd \xef\xbf\xbd.mp3") << "shown with stand-ins";
+  EXPECT_EQ(FolderTree::PathOf(*node), odd);
+  picker.Tree().SetTick(*node, true);
+  picker.accept();
+  EXPECT_EQ(delivered, std::vector<std::string>{odd});
+}
+
 TEST_F(PickerTest, TheOptionRebuildsTheTreeAndAnEmptyOneSaysSo) {
   Make("empty/readme.txt");
   ui::FilePicker picker(formats, &owner);
