@@ -105,6 +105,8 @@ std::optional<MenuBar> MenuTemplate(std::uint32_t menuId) {
     case kMenuDoneCancel:
     case kMenuSaveCancel:
       return TwoKeys(menuId, kCommandOk, kCommandCancel);
+    case 114:  // the file picker
+      return DoneAndMenu(menuId, {40017, 40018, 40034, 40035});
     case 151:
       return DoneAndMenu(menuId, {40107, 40108, 40109, 40110, 40051});
     case 167:

@@ -10,7 +10,7 @@
 
 namespace shell {
 
-// The template of a menu resource (101 main bar; 105, 157, 159, 151, 167
+// The template of a menu resource (101 main bar; 105, 157, 159, 114, 151, 167
 // dialog bars); nullopt for an id without one.
 std::optional<MenuBar> MenuTemplate(std::uint32_t menuId);
 

@@ -19,6 +19,7 @@
 #include "platform/qt/qt_message_target.h"
 #include "platform/qt/qt_timers.h"
 #include "shell/main_window.h"
+#include "shell/ui/playlist_boxes.h"
 #include "shell/ui/qt_dialogs.h"
 
 namespace ui {
@@ -40,7 +41,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   shell::SkinDisplay* CreateSkin(int width, int height, const std::string& skinDirectory) override;
   shell::Dialogs& DialogLauncher() override { return dialogs; }
   QtDialogs& QtDialogLauncher() { return dialogs; }
-  playlist::PlaylistDialogs* PlaylistBoxes() override { return nullptr; }
+  playlist::PlaylistDialogs* PlaylistBoxes() override { return &playlistBoxes; }
   void Show() override;
   void BringToForeground() override;
   void Redraw() override;
@@ -64,6 +65,7 @@ class MainWindowWidget : public QWidget, public shell::MainWindow {
   platform::qt::QtMessageTarget messages;
   platform::qt::QtTimers timers;
   QtDialogs dialogs;
+  QtPlaylistBoxes playlistBoxes{*this};
   int zoom;
   shell::Rect area;
   SkinWindowWidget* face = nullptr;  // owned by the widget tree
