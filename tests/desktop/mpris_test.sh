@@ -154,7 +154,7 @@ for _ in $(seq 50); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
 if kill -0 "$pid" 2>/dev/null; then
   fail "Quit did not end the player"
 else
-  wait "$pid" || fail "the player ended with status $?"
+  wait "$pid" || { fail "the player ended with status $?"; cat "$work/player.log"; }
   pid=
   grep -qi '"Shuffle"=dword:00000001' "$XDG_CONFIG_HOME/tavrinsonic/registry.reg" || fail "shuffle not saved"
 fi

@@ -103,10 +103,13 @@ TEST_F(PlayerProcessTest, ALaterStartRaisesTheRunningOneHandsOverOnlyAnExistingF
   EXPECT_EQ(app->Playlist().PathAt(0), file) << "the file replaced the list";
 }
 
-TEST_F(PlayerProcessTest, AnAlarm59SecondsOffWakesTheRunningOneAnd60SecondsOffEndsSilently) {
+// The exact edge (59 s wakes, 60 s doesn't) is the shell tests' with a fixed
+// clock; here the later process reads the clock when it has started, which
+// under a sanitizer on a busy machine can take seconds.
+TEST_F(PlayerProcessTest, AnAlarmWithinTheMinuteWakesTheRunningOneAndAStaleOneEndsSilently) {
   Start();
   Window().hide();
-  StoreAlarm(platform::LocalFileTimeNow() - 59 * kSecond);
+  StoreAlarm(platform::LocalFileTimeNow() - 50 * kSecond);
   int exitCode = -1;
   ASSERT_TRUE(RunPlayer({"TSAlarm"}, &exitCode));
   EXPECT_EQ(exitCode, 0);
