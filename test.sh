@@ -39,7 +39,7 @@ for build in "${builds[@]}"; do
         -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
         -DTS_SANITIZE=address -DTS_BUILD_FUZZERS=ON -DTS_BUILD_BENCHMARKS=OFF
       ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
-        run_tests build-asan
+        LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp run_tests build-asan
       ;;
     tsan)
       configure_and_build build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo \
