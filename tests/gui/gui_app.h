@@ -29,8 +29,14 @@ class SpyApp : public shell::PlayerApp {
     PlayerApp::OpenMedia(path, atStartup);
   }
   void OnAlarm() override { ++alarms; }
-  void KeyDown(std::uint32_t key) override { keys.push_back("down " + std::to_string(key)); }
-  void KeyUp(std::uint32_t key) override { keys.push_back("up " + std::to_string(key)); }
+  void KeyDown(std::uint32_t key) override {
+    keys.push_back("down " + std::to_string(key));
+    PlayerApp::KeyDown(key);
+  }
+  void KeyUp(std::uint32_t key) override {
+    keys.push_back("up " + std::to_string(key));
+    PlayerApp::KeyUp(key);
+  }
   void ShowPlaylist() override {
     ++playlists;
     PlayerApp::ShowPlaylist();
