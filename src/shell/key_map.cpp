@@ -96,8 +96,8 @@ int KeyMappingModel::LineOfRow(int row) const {
 std::string KeyMappingModel::ActionText(int line) const {
   const int row = RowOfLine(line);
   if (row < 0) return {};
-  return platform::TruncateToUtf16Units(platform::LoadText(skin::Actions()[static_cast<std::size_t>(row)].textId),
-                                        kActionTextUnits);
+  return platform::TruncateToUtf16Units(
+      platform::LoadText(skin::Actions()[static_cast<std::size_t>(row)].textId), kActionTextUnits);
 }
 
 std::string KeyMappingModel::KeyText(int line) const {

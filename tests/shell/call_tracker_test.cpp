@@ -23,7 +23,11 @@ struct Scenario {
 TEST(CallTrackerTest, CallsGiveTheMessagesOfThePhonesShell) {
   const Scenario scenarios[] = {
       {"ring, answer, hang up",
-       {{{}, {}}, {{{"a", 3}}, {kBegan}}, {{{"a", 4}}, {kBegan}}, {{{"a", 4}}, {}}, {{{"a", 7}}, {kEnded}},
+       {{{}, {}},
+        {{{"a", 3}}, {kBegan}},
+        {{{"a", 4}}, {kBegan}},
+        {{{"a", 4}}, {}},
+        {{{"a", 7}}, {kEnded}},
         {{}, {}}}},
       {"a connected call deleted without a terminated state", {{{{"a", 4}}, {kBegan}}, {{}, {kEnded}}}},
       {"rejected: no end", {{{{"a", 3}}, {kBegan}}, {{{"a", 7}}, {}}, {{}, {}}}},
@@ -41,14 +45,16 @@ TEST(CallTrackerTest, CallsGiveTheMessagesOfThePhonesShell) {
         {{{"a", 7}, {"b", 6}}, {}},
         {{{"b", 4}}, {kBegan}},
         {{{"b", 7}}, {kEnded}}}},
-      {"held and taken back", {{{{"a", 4}}, {kBegan}}, {{{"a", 5}}, {}}, {{{"a", 4}}, {kBegan}}, {{}, {kEnded}}}},
+      {"held and taken back",
+       {{{{"a", 4}}, {kBegan}}, {{{"a", 5}}, {}}, {{{"a", 4}}, {kBegan}}, {{}, {kEnded}}}},
       {"already active when first seen", {{{{"a", 4}, {"b", 0}}, {kBegan}}, {{{"b", 0}}, {kEnded}}}},
   };
   for (const Scenario& scenario : scenarios) {
     SCOPED_TRACE(scenario.name);
     CallTracker tracker;
     int index = 0;
-    for (const Step& step : scenario.steps) EXPECT_EQ(tracker.Update(step.calls), step.posted) << "step " << index++;
+    for (const Step& step : scenario.steps)
+      EXPECT_EQ(tracker.Update(step.calls), step.posted) << "step " << index++;
   }
 }
 

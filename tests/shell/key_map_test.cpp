@@ -49,8 +49,18 @@ TEST_F(KeyMapTest, EachDefaultKeyPostsItsActionOnceWithoutArguments) {
     std::uint32_t message;
   };
   const Case cases[] = {
-      {13, shell::kMessagePlayPause}, {39, 2563}, {37, 2564}, {38, 2642}, {40, 2643}, {49, 2658},
-      {50, 2657},                     {52, 2656}, {53, 2655}, {51, 2648}, {120, 2652}, {119, 2653},
+      {13, shell::kMessagePlayPause},
+      {39, 2563},
+      {37, 2564},
+      {38, 2642},
+      {40, 2643},
+      {49, 2658},
+      {50, 2657},
+      {52, 2656},
+      {53, 2655},
+      {51, 2648},
+      {120, 2652},
+      {119, 2653},
       {54, 2329},
   };
   for (const Case& c : cases) {
@@ -122,11 +132,11 @@ TEST_F(KeyMapTest, KeyNamesFollowTheTable) {
   ASSERT_TRUE(registry->SetString(kMachine, "\\SOFTWARE\\Microsoft\\Shell\\Keys\\40C2", "Name",
                                   std::string(64, 'x')));  // 130 bytes with its end: too long
   const std::pair<std::uint32_t, const char*> cases[] = {
-      {0, "None"},     {13, "Action"},  {32, "Space"},    {33, "Tracker Up"}, {34, "Tracker Down"},
-      {37, "Left"},    {38, "Up"},      {39, "Right"},    {40, "Down"},       {48, "0"},
-      {57, "9"},       {65, "A"},       {90, "Z"},        {112, "F1"},        {114, "Talk"},
-      {115, "End"},    {116, "F5"},     {117, "Vol. Up"}, {118, "Vol. Down"}, {119, "*"},
-      {120, "#"},      {121, "Record"}, {122, "F11"},     {128, "Flip"},      {129, "F18"},
+      {0, "None"},     {13, "Action"},   {32, "Space"},    {33, "Tracker Up"}, {34, "Tracker Down"},
+      {37, "Left"},    {38, "Up"},       {39, "Right"},    {40, "Down"},       {48, "0"},
+      {57, "9"},       {65, "A"},        {90, "Z"},        {112, "F1"},        {114, "Talk"},
+      {115, "End"},    {116, "F5"},      {117, "Vol. Up"}, {118, "Vol. Down"}, {119, "*"},
+      {120, "#"},      {121, "Record"},  {122, "F11"},     {128, "Flip"},      {129, "F18"},
       {193, "Camera"}, {194, "Unknown"}, {130, "Unknown"}, {27, "Unknown"},
   };
   for (const auto& [key, name] : cases) EXPECT_EQ(shell::KeyName(key, registry.get()), name) << key;

@@ -41,7 +41,8 @@ CallWatcher::CallWatcher(platform::MessageTarget& messages, const QDBusConnectio
     : target(messages),
       bus(connection),
       service(std::make_unique<QDBusServiceWatcher>(
-          kService, bus, QDBusServiceWatcher::WatchForRegistration | QDBusServiceWatcher::WatchForUnregistration)) {
+          kService, bus,
+          QDBusServiceWatcher::WatchForRegistration | QDBusServiceWatcher::WatchForUnregistration)) {
   changed.setSingleShot(true);
   changed.setInterval(kBurstMs);
   QObject::connect(&changed, &QTimer::timeout, [this] { Refresh(); });
@@ -82,9 +83,9 @@ void CallWatcher::Refresh() {
 }
 
 bool CallWatcher::ReadCalls(std::map<std::string, int>& calls) {
-  const QDBusMessage reply = bus.call(
-      QDBusMessage::createMethodCall(kService, kRootPath, kObjectManager, QStringLiteral("GetManagedObjects")),
-      QDBus::Block, kReplyTimeoutMs);
+  const QDBusMessage reply = bus.call(QDBusMessage::createMethodCall(kService, kRootPath, kObjectManager,
+                                                                     QStringLiteral("GetManagedObjects")),
+                                      QDBus::Block, kReplyTimeoutMs);
   if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) return false;
   const QVariant objectsArgument = reply.arguments().constFirst();
   if (objectsArgument.userType() != qMetaTypeId<QDBusArgument>()) return false;
@@ -95,7 +96,8 @@ bool CallWatcher::ReadCalls(std::map<std::string, int>& calls) {
     if (voice == interfaces.constEnd()) continue;
     const auto paths = qdbus_cast<QList<QDBusObjectPath>>(voice->value(QStringLiteral("Calls")));
     for (const QDBusObjectPath& path : paths) {
-      QDBusMessage get = QDBusMessage::createMethodCall(kService, path.path(), kProperties, QStringLiteral("Get"));
+      QDBusMessage get =
+          QDBusMessage::createMethodCall(kService, path.path(), kProperties, QStringLiteral("Get"));
       get << kCall << QStringLiteral("State");
       const QDBusMessage state = bus.call(get, QDBus::Block, kReplyTimeoutMs);
       if (state.type() != QDBusMessage::ReplyMessage || state.arguments().isEmpty()) continue;

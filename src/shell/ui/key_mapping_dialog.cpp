@@ -103,7 +103,8 @@ void KeyMappingDialog::Refresh(int line) {
 void KeyMappingDialog::StartCapture() {
   const int line = SelectedLine();
   if (line < 0) return;
-  const std::string title = platform::FormatText(platform::LoadText(kTextPressKeyFor), {model.ActionText(line)});
+  const std::string title =
+      platform::FormatText(platform::LoadText(kTextPressKeyFor), {model.ActionText(line)});
   popup = std::make_unique<EnterKeyPopup>(QString::fromStdString(title), this);
   popup->installEventFilter(this);
   popup->show();

@@ -4,8 +4,8 @@
 #include <QScreen>
 
 #include "platform/qt/termination_signals.h"
-#include "shell/ui/call_watcher.h"
 #include "shell/player_app.h"
+#include "shell/ui/call_watcher.h"
 #include "shell/ui/main_window_widget.h"
 #include "shell/window_messages.h"
 
