@@ -87,12 +87,22 @@ TEST_F(KeyMapTest, EndActsOnItsReleaseOnly) {
   Posted();
   Send(shell::kMessageKeyDown, 115);  // never sent by the window; harmless if it were
   Posted();
+  Window().skin.feedback.clear();
   const auto before = std::chrono::steady_clock::now();
   Send(shell::kMessageKeyUp, 115);
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(100));
   const std::vector<platform::Message> posted = Posted();
   ASSERT_EQ(posted.size(), 1u);
   EXPECT_EQ(posted[0].id, shell::kMessageStop);
+  using Feedback = std::vector<std::pair<std::uint16_t, bool>>;
+  EXPECT_EQ(Window().skin.feedback, (Feedback{{115, true}, {115, false}})) << "the made-up press is shown";
+  Window().skin.feedback.clear();
+  Send(shell::kMessageKeyDown, 39);
+  Send(shell::kMessageKeyUp, 39);
+  Send(shell::kMessageKeyDown, 81);
+  EXPECT_EQ(Window().skin.feedback, (Feedback{{39, true}, {39, false}, {81, true}}))
+      << "the face hears of every key, bound or not";
+  Posted();
 
   skin::Actions()[skin::kRowMute].key = 117;
   Send(shell::kMessageKeyUp, 117);
