@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QTreeWidget>
+#include <algorithm>
 
 #include "gui_app.h"
 #include "gui_support.h"
@@ -42,6 +43,42 @@ class KeyMappingTest : public GuiAppTest {
   std::uint16_t KeyOf(int row) { return skin::Actions()[static_cast<std::size_t>(row)].key; }
   QString KeyColumn(QTreeWidget& list, int line) { return list.topLevelItem(line)->text(1); }
 };
+
+// Each default key, pressed and released in the main window, reaches its
+// action's message once (the actions themselves are held back here).
+TEST_F(KeyMappingTest, EachDefaultKeyReachesItsActionFromTheKeyboard) {
+  Start();
+  struct Case {
+    int qtKey;
+    std::uint32_t message;
+  };
+  const Case cases[] = {
+      {Qt::Key_Return, shell::kMessagePlayPause},
+      {Qt::Key_Right, 2563},
+      {Qt::Key_Left, 2564},
+      {Qt::Key_Up, 2642},
+      {Qt::Key_Down, 2643},
+      {Qt::Key_1, 2658},
+      {Qt::Key_2, 2657},
+      {Qt::Key_4, 2656},
+      {Qt::Key_5, 2655},
+      {Qt::Key_Hangup, shell::kMessageStop},
+      {Qt::Key_3, 2648},
+      {Qt::Key_NumberSign, 2652},
+      {Qt::Key_Asterisk, 2653},
+      {Qt::Key_6, 2329},
+  };
+  for (const Case& c : cases) app->recordOnly.insert(c.message);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.message);
+    app->handled.clear();
+    Press(Window(), c.qtKey);
+    const auto seen = [&] { return std::count(app->handled.begin(), app->handled.end(), c.message); };
+    EXPECT_TRUE(ProcessEventsUntil([&] { return seen() != 0; }));
+    testing_support::ProcessEventsFor(20);
+    EXPECT_EQ(seen(), 1);
+  }
+}
 
 // Shuffle (2), repeat (1), equalizer (5) and extra bass (4) show their
 // effect at once; the others are seen as the messages they post.
