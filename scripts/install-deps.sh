@@ -15,6 +15,8 @@ packages=(
   lame mpg123 vorbis-tools sox ffmpeg icecast2
   # a private session bus, and the MPRIS client the desktop tests drive the player with
   dbus dbus-bin playerctl curl
+  # the stand-in ModemManager of the call tests
+  python3-dbus python3-gi
   # a display for headless runs and screenshots
   xvfb xauth
   # the base skin's and the test skin's pictures are drawn by Python scripts

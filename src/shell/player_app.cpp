@@ -23,6 +23,7 @@
 #include "shell/bookmark_store.h"
 #include "shell/dialogs.h"
 #include "shell/instance_link.h"
+#include "shell/key_map.h"
 #include "shell/main_window.h"
 #include "shell/menu_templates.h"
 #include "shell/registry_key.h"
@@ -188,6 +189,7 @@ bool PlayerApp::CreateMainWindow(int x, int y, int width, int height) {
   BuildSkipTimeMenu();
   RebuildBookmarkMenu();
   playlist.SetMainWindow(&window->Messages());
+  SetKeyTarget(&window->Messages(), false);
   playlist.SetDialogs(window->PlaylistBoxes());
   playlist.SetLoadSorter(&::playlist::SortLoaded);  // sortOnLoad, sortByTrackNumber
   if (netStream) netStream->SetNotifyWindow(&window->Messages());  // status texts and titles: 2331

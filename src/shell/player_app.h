@@ -162,6 +162,7 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   void ReadRemoteTags(RemoteStatus& status);
   // The bookmark store, null until one exists.
   void SetBookmarkStore(std::unique_ptr<BookmarkStore> store);
+  bool HasBookmarkStore() const { return bookmarks != nullptr; }
   // The device volume, 0 to 65535, or 0 when the volume isn't the device's.
   std::uint32_t ReadVolume();
   void ApplyVolume(std::uint32_t deviceVolume);

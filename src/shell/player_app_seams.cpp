@@ -7,10 +7,6 @@
 
 namespace shell {
 
-// --- Keys and the key filter -----------------------------------------------------------
-void PlayerApp::KeyDown(std::uint32_t /*key*/) {}
-void PlayerApp::KeyUp(std::uint32_t /*key*/) {}
-
 // --- Bookmarks -------------------------------------------------------------------------
 void PlayerApp::PlayBookmark(std::int32_t /*index*/, bool /*enqueue*/) {}
 void PlayerApp::AddBookmark() {}

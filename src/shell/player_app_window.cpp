@@ -8,6 +8,7 @@
 #include "platform/texts.h"
 #include "playlist/playlist_editing.h"
 #include "shell/dialogs.h"
+#include "shell/key_map.h"
 #include "shell/main_window.h"
 #include "shell/player_app.h"
 #include "shell/registry_key.h"
@@ -29,9 +30,11 @@ bool& ModalDialogOpen() {
   return open;
 }
 
-// The key filter, when there is one, hears of the activation too.
+// The key filter hears of the activation too: deactivated, it counts as
+// inactive unless the keys are to be kept when inactive.
 void PlayerApp::Activated(bool active) {
   isActive = active;
+  SetInactive(!active && !settings.keepKeysWhenInactive);
 }
 
 void PlayerApp::DropQueued(std::uint32_t message) {
@@ -77,6 +80,7 @@ void PlayerApp::FlipSpareFlagC() {
 // The lock is only kept: keys still work while it is on, as they always did.
 void PlayerApp::ToggleButtonLock() {
   buttonLock = !buttonLock;
+  SetButtonLock(buttonLock, settings.lockKeepsDisplayKey);
 }
 
 // The entry's language is loaded and stored at once; menus and face keep the
@@ -230,8 +234,11 @@ void PlayerApp::ShowBookmarks() {
 void PlayerApp::ShowSleepTimer() {
   if (Dialogs* dialogs = DialogLauncher()) dialogs->SleepTimer();
 }
+// The dialog takes the key filter's target while it is open; it goes back to
+// the main window afterwards.
 void PlayerApp::ShowKeyMapping() {
   if (Dialogs* dialogs = DialogLauncher()) dialogs->KeyMapping();
+  if (window) SetKeyTarget(&window->Messages(), false);
 }
 void PlayerApp::ShowGeneralOptions() {
   if (Dialogs* dialogs = DialogLauncher()) dialogs->GeneralOptions();

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,21 @@ class SpyApp : public shell::PlayerApp {
     PlayerApp::OpenMedia(path, atStartup);
   }
   void OnAlarm() override { ++alarms; }
-  void KeyDown(std::uint32_t key) override { keys.push_back("down " + std::to_string(key)); }
-  void KeyUp(std::uint32_t key) override { keys.push_back("up " + std::to_string(key)); }
+  // Records each message the window procedure takes; those in `recordOnly`
+  // go no further.
+  std::intptr_t HandleMessage(const platform::Message& message) override {
+    handled.push_back(message.id);
+    if (recordOnly.count(message.id) != 0) return 0;
+    return PlayerApp::HandleMessage(message);
+  }
+  void KeyDown(std::uint32_t key) override {
+    keys.push_back("down " + std::to_string(key));
+    PlayerApp::KeyDown(key);
+  }
+  void KeyUp(std::uint32_t key) override {
+    keys.push_back("up " + std::to_string(key));
+    PlayerApp::KeyUp(key);
+  }
   void ShowPlaylist() override {
     ++playlists;
     PlayerApp::ShowPlaylist();
@@ -38,6 +52,8 @@ class SpyApp : public shell::PlayerApp {
 
   std::vector<std::string> opened;
   std::vector<std::string> keys;
+  std::vector<std::uint32_t> handled;
+  std::set<std::uint32_t> recordOnly;
   int alarms = 0;
   int playlists = 0;
 };

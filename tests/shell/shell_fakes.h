@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/message_queue.h"
@@ -38,12 +39,13 @@ class FakeSkin : public shell::SkinDisplay {
   void SetEqualizer(bool on) override { equalizer = on; }
   void SetExtraBass(bool on) override { extraBass = on; }
   void SetPaused(bool on) override { paused = on; }
-  void KeyFeedback(std::uint16_t, bool) override {}
+  void KeyFeedback(std::uint16_t key, bool down) override { feedback.emplace_back(key, down); }
 
   std::string title, message;
   std::uint32_t length = 0, bitRate = 0, sampleRate = 0;
   int volume = -1;
   bool shuffle = false, repeat = false, equalizer = false, extraBass = false, paused = false;
+  std::vector<std::pair<std::uint16_t, bool>> feedback;  // keys down (true) and up, in order
 };
 
 class FakeDialogs : public shell::Dialogs {

@@ -297,6 +297,49 @@ TEST_F(TransportTest, MuteSilencesTheDeviceAndAnUnmuteBringsBackOnlyTheLeftChann
   Send(kMessageStop);
 }
 
+// Calls as the phone's shell posts them, on a playing track: a ring and the
+// answer pause once, the end resumes once; a call while stopped changes
+// nothing; a rejected call (no end) leaves the player paused; a track the
+// user had paused before the call plays at its end, as it always did.
+TEST_F(TransportTest, CallsPauseOnceResumeOnceAndLeaveAStoppedPlayerAlone) {
+  driver =
+      std::make_shared<platform::CaptureDriver>(platform::CaptureOptions{platform::CapturePace::kStepped});
+  platform::SetWaveOutDriver(driver);
+  MakeList(1, 80000);
+  Send(kMessagePlay, 0);
+  ASSERT_TRUE(RunUntil([&] { return app->Output().StreamCount() != 0; }));
+  ASSERT_EQ(app->DecoderState(), playback::kStatePlaying);
+  const auto paused = [&] { return app->DecoderState() == playback::kStatePaused; };
+  const auto playing = [&] { return app->DecoderState() == playback::kStatePlaying; };
+
+  struct Step {
+    std::uint32_t message;
+    int state;  // after it
+  };
+  const Step call[] = {{kMessageCallBegan, playback::kStatePaused},
+                       {kMessageCallBegan, playback::kStatePaused},
+                       {kMessageCallEnded, playback::kStatePlaying},
+                       {kMessageCallEnded, playback::kStatePlaying}};
+  for (const Step& step : call) {
+    Window().queue.Post(platform::Message{step.message, 0, 0, nullptr});
+    ASSERT_TRUE(RunUntil([&] { return Window().queue.PendingCount() == 0; }));
+    EXPECT_EQ(app->DecoderState(), step.state) << step.message;
+  }
+
+  Send(kMessageCallBegan);
+  ASSERT_TRUE(paused()) << "a rejected call: the ring pauses";
+  EXPECT_FALSE(RunUntil(playing, 200)) << "and nothing resumes it";
+  Send(kMessageCallEnded);  // the user's own pause stands in for the call's here
+  ASSERT_TRUE(playing()) << "a pause the call didn't make is undone too";
+
+  Send(kMessageStop);
+  ASSERT_EQ(app->DecoderState(), playback::kStateStopped);
+  Send(kMessageCallBegan);
+  Send(kMessageCallBegan);
+  Send(kMessageCallEnded);
+  EXPECT_EQ(app->DecoderState(), playback::kStateStopped);
+}
+
 // Transport messages fired at random at a playing list, from another thread
 // as workers and the instance link post them, while the window thread
 // handles them and the tracks end by themselves. Nothing may hang, and with

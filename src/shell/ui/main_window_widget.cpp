@@ -103,9 +103,13 @@ bool MainWindowWidget::event(QEvent* event) {
   return QWidget::event(event);
 }
 
+// End, the volume keys and Record are kept by a phone's shell while held, so
+// that the program sees only their release; their press is dropped here to
+// match, and the release makes it up (PlayerApp::KeyUp).
 void MainWindowWidget::keyPressEvent(QKeyEvent* event) {
   const std::uint32_t key = platform::qt::VirtualKeyFor(event->key());
   if (key == 0) return QWidget::keyPressEvent(event);
+  if (key == 115 || key == 117 || key == 118 || key == 121) return;
   messages.Send(shell::kMessageKeyDown, key);
 }
 

@@ -9,6 +9,9 @@
 // Threads: window thread.
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "shell/dialogs.h"
 
 class QWidget;
@@ -37,7 +40,10 @@ class QtDialogs : public shell::Dialogs {
   void Playlist() override;
   void Bookmarks() override {}
   void SleepTimer() override {}
-  void KeyMapping() override {}
+  // The Key Mapping dialog (key_mapping_dialog.h); `exist` tells whether
+  // the bookmark action is shown. Not opened while another modal dialog is.
+  void KeyMapping() override;
+  void AttachKeyMapping(std::function<bool()> exist) { bookmarksExist = std::move(exist); }
   void GeneralOptions() override {}
   void PlaylistOptions() override {}
   void FileTypes() override {}
@@ -49,6 +55,7 @@ class QtDialogs : public shell::Dialogs {
   playlist::PlaylistView* playlistView = nullptr;
   platform::MessageTarget* mainWindow = nullptr;
   int faceZoom = 1;
+  std::function<bool()> bookmarksExist;
 };
 
 }  // namespace ui

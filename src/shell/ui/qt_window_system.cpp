@@ -5,6 +5,7 @@
 
 #include "platform/qt/termination_signals.h"
 #include "shell/player_app.h"
+#include "shell/ui/call_watcher.h"
 #include "shell/ui/main_window_widget.h"
 #include "shell/window_messages.h"
 
@@ -25,15 +26,18 @@ std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell:
                                                                     shell::PlayerApp& app) {
   auto window = std::make_unique<MainWindowWidget>(area, app);
   window->QtDialogLauncher().AttachPlaylist(app.Playlist(), window->Messages(), window->Zoom());
+  window->QtDialogLauncher().AttachKeyMapping([&app] { return app.HasBookmarkStore(); });
   platform::MessageTarget* target = &window->Messages();
   terminationSignals =
       std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });
+  calls = WatchCallsOnSystemBus(*target);
   return window;
 }
 
 int QtWindowSystem::RunMessageLoop() {
   const int exitCode = quitRequested ? quitCode : QApplication::exec();
   terminationSignals.reset();
+  calls.reset();
   return exitCode;
 }
 

@@ -2,7 +2,9 @@
 //
 // It makes the main window, runs Qt's event loop as the message loop, and
 // turns SIGTERM, SIGINT and SIGHUP into a close of the main window, so that a
-// killed player saves what a closed one saves.
+// killed player saves what a closed one saves. Phone calls that ModemManager
+// reports on the system bus reach the main window as 10053 and 10054
+// (call_watcher.h).
 //
 // Threads: the thread of the QApplication.
 #pragma once
@@ -16,6 +18,8 @@ class TerminationSignals;
 }
 
 namespace ui {
+
+class CallWatcher;
 
 class QtWindowSystem : public shell::WindowSystem {
  public:
@@ -31,6 +35,7 @@ class QtWindowSystem : public shell::WindowSystem {
 
  private:
   std::unique_ptr<platform::qt::TerminationSignals> terminationSignals;
+  std::unique_ptr<CallWatcher> calls;
   bool quitRequested = false;
   int quitCode = 0;
 };
