@@ -138,6 +138,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   playlist::PlaylistSettings& ListSettings() { return playlist.Settings(); }
   playlist::PlaylistView& Playlist() { return playlist; }
   effects::EqualizerSettings& EqualizerSettings() { return equalizerSettings; }
+  // The program's folder, where the skin, the presets and the default list live.
+  std::string ProgramFolder() { return InstallDirectory(); }
   MenuBar& Menu() { return menuBar; }
   MainWindow* Window() { return window.get(); }
   SkinDisplay* Skin() { return skin; }

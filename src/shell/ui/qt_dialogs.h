@@ -13,6 +13,10 @@
 
 class QWidget;
 
+namespace shell {
+class PlayerApp;
+}
+
 namespace ui {
 
 class QtDialogs : public shell::Dialogs {
@@ -22,7 +26,7 @@ class QtDialogs : public shell::Dialogs {
   // The version of the program, with a Done key. Not opened while another
   // modal dialog is open.
   void About() override;
-  void Equalizer() override {}
+  void Equalizer() override;
   void Playlist() override {}
   void Bookmarks() override {}
   void SleepTimer() override {}
@@ -33,8 +37,13 @@ class QtDialogs : public shell::Dialogs {
   void SetAlarm() override {}
   void Effects() override {}
 
+  // The application whose equalizer settings the Equalizer dialog edits;
+  // until this is called the dialog doesn't open.
+  void AttachEqualizer(shell::PlayerApp& owner) { app = &owner; }
+
  private:
   QWidget& parent;
+  shell::PlayerApp* app = nullptr;
 };
 
 }  // namespace ui

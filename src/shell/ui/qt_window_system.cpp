@@ -27,6 +27,7 @@ std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell:
   platform::MessageTarget* target = &window->Messages();
   terminationSignals =
       std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });
+  static_cast<QtDialogs&>(window->DialogLauncher()).AttachEqualizer(app);
   return window;
 }
 
