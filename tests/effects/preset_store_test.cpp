@@ -34,7 +34,9 @@ class PresetFolderTest : public ::testing::Test {
  protected:
   void SetUp() override { std::filesystem::create_directories(Presets()); }
   std::string Presets() const { return folder.File("presets"); }
-  void Put(const std::string& fileName, const std::string& contents) { WriteFile(Presets() + "/" + fileName, contents); }
+  void Put(const std::string& fileName, const std::string& contents) {
+    WriteFile(Presets() + "/" + fileName, contents);
+  }
   std::vector<std::string> Names() const {
     std::vector<std::string> names;
     for (int index = 0; index < store.Count(); ++index) names.push_back(store.NameAt(index));
@@ -50,15 +52,15 @@ TEST(EqfConversionTest, FileValuesBecomeSliderPositions) {
     int value;
     int position;
   };
-  for (const Case& c : std::vector<Case>{{0, 0},     // strongest
-                                         {2, 0},     // 54 / 62 truncates
+  for (const Case& c : std::vector<Case>{{0, 0},  // strongest
+                                         {2, 0},  // 54 / 62 truncates
                                          {3, 1},
                                          {30, 13},
-                                         {31, 14},   // the centre, not 31 * 27 / 62 = 13
-                                         {32, 13},   // 864 / 62 = 13.9
+                                         {31, 14},  // the centre, not 31 * 27 / 62 = 13
+                                         {32, 13},  // 864 / 62 = 13.9
                                          {33, 14},
                                          {61, 26},
-                                         {62, 27},   // the weakest end
+                                         {62, 27},  // the weakest end
                                          {63, 27},
                                          {200, 27},  // no slider writes these: held at the end
                                          {255, 27}}) {
@@ -223,7 +225,8 @@ TEST(ShippedPresetsTest, EveryRowOfTheTableIsAFileThatGivesItsSliderPositions) {
     ASSERT_TRUE(store.Load(index, values, res));
     EXPECT_EQ(SliderFromEqf(values[10]), 14 - row.steps[0]) << "preamp";
     for (int band = 0; band < 10; ++band)
-      EXPECT_EQ(SliderFromEqf(values[static_cast<std::size_t>(band)]), 14 - row.steps[static_cast<std::size_t>(band) + 1])
+      EXPECT_EQ(SliderFromEqf(values[static_cast<std::size_t>(band)]),
+                14 - row.steps[static_cast<std::size_t>(band) + 1])
           << "band " << band;
     EXPECT_EQ(ReadFile(res + "/presets/" + store.FileNameAt(index)).substr(0, row.name.size()), row.name);
   }

@@ -57,7 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // The head as a name: cut to 20 bytes, and the values survive it.
     const auto bytes = effects::EqfFileBytes(contents.substr(0, effects::kEqfNameBytes), parsed);
     effects::EqfValues again{};
-    Require(effects::ParseEqf(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), again));
+    Require(effects::ParseEqf(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
+                              again));
     Require(again == parsed);
   }
 

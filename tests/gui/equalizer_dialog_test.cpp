@@ -116,7 +116,6 @@ TEST_F(EqualizerDialogTest, MovingASliderAppliesAllElevenPositionsAsUserDefined)
   EXPECT_EQ(settings.Values().preamp, 15);
   EXPECT_EQ(settings.PresetName(), "User defined");
   EXPECT_EQ(dialog->Presets().currentIndex(), dialog->Presets().count() - 1);
-
 }
 
 TEST_F(EqualizerDialogTest, ChoosingAPresetSetsAllElevenSlidersAndUserDefinedChangesNothing) {
@@ -202,7 +201,8 @@ std::vector<std::int16_t> Chord() {
   std::vector<std::int16_t> block(8192);
   for (std::size_t i = 0; i < block.size(); ++i) {
     const double t = static_cast<double>(i / 2) / 44100.0;
-    block[i] = static_cast<std::int16_t>(6000 * std::sin(2 * M_PI * 60 * t) + 6000 * std::sin(2 * M_PI * 3000 * t));
+    block[i] =
+        static_cast<std::int16_t>(6000 * std::sin(2 * M_PI * 60 * t) + 6000 * std::sin(2 * M_PI * 3000 * t));
   }
   return block;
 }
@@ -228,7 +228,7 @@ TEST_F(EqualizerInThePlayerTest, TheMenuCommandOpensTheDialogWhoseChangesTheFilt
     app->Window()->DialogLauncher().Equalizer();  // refused while one is open
     refusedSecond = QApplication::activeModalWidget() == dialog;
     dialog->findChild<QCheckBox*>("1129")->click();
-    ProcessEventsFor(50);  // each posted 2592 reaches the window on its own
+    ProcessEventsFor(50);  // each posted kMessageApplyEqualizer is handled on its own
     PressKey(dialog->Slider(0), Qt::Key_Up);
     ProcessEventsFor(50);
     dialog->findChild<QPushButton*>("softkey.left")->click();
@@ -252,7 +252,8 @@ TEST_F(EqualizerInThePlayerTest, TheMenuCommandOpensTheDialogWhoseChangesTheFilt
   EXPECT_NE(played, Through(flat, Chord()));
 
   // Closing the dialog saved the settings, for the next start.
-  const auto stored = registry->GetValue(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath, "Equalizer");
+  const auto stored =
+      registry->GetValue(platform::RegistryRoot::LocalMachine, shell::kSettingsKeyPath, "Equalizer");
   ASSERT_TRUE(stored.has_value());
   ASSERT_GE(stored->data.size(), 11u);
   EXPECT_EQ(static_cast<unsigned char>(stored->data[0]), 13);

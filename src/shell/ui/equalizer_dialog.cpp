@@ -31,8 +31,8 @@ constexpr int kFirstBandSliderId = 1116;
 constexpr int kPreampIndex = effects::kBandCount;
 
 // The bands' centres at 44100 Hz, under their sliders.
-constexpr const char* kBandCaptions[effects::kBandCount] = {"60",  "170", "310", "600", "1k",
-                                                           "3k",  "6k",  "12k", "14k", "16k"};
+constexpr const char* kBandCaptions[effects::kBandCount] = {"60", "170", "310", "600", "1k",
+                                                            "3k", "6k",  "12k", "14k", "16k"};
 
 QString Text(const std::string& text) {
   return QString::fromStdString(text);
@@ -49,9 +49,12 @@ QLabel* Caption(const QString& text, QWidget* parent) {
 
 }  // namespace
 
-EqualizerDialog::EqualizerDialog(effects::EqualizerSettings& equalizerSettings, std::string folder, Hooks dialogHooks,
-                                 int zoom, QWidget* parent)
-    : QDialog(parent), settings(equalizerSettings), programFolder(std::move(folder)), hooks(std::move(dialogHooks)) {
+EqualizerDialog::EqualizerDialog(effects::EqualizerSettings& equalizerSettings, std::string folder,
+                                 Hooks dialogHooks, int zoom, QWidget* parent)
+    : QDialog(parent),
+      settings(equalizerSettings),
+      programFolder(std::move(folder)),
+      hooks(std::move(dialogHooks)) {
   setObjectName(QString::number(kDialogId));
   BuildControls(zoom);
   FillPresetList();
@@ -127,7 +130,8 @@ void EqualizerDialog::FillPresetList() {
   presets.Scan(programFolder);
   const QSignalBlocker quiet(presetBox);
   presetBox->clear();
-  for (int index = 0; index < presets.Count(); ++index) presetBox->addItem(Text(presets.NameAt(index)), index);
+  for (int index = 0; index < presets.Count(); ++index)
+    presetBox->addItem(Text(presets.NameAt(index)), index);
   presetBox->addItem(Text(platform::LoadText(kTextUserDefined)));
   SelectPresetByName();
 }
@@ -162,7 +166,8 @@ void EqualizerDialog::PresetChosen(int item) {
   effects::EqfValues file{};
   if (!settings.Presets().Load(presetIndex.toInt(), file, programFolder)) return;
   effects::EqualizerSettings::SliderValues values{};
-  for (std::size_t index = 0; index < values.size(); ++index) values[index] = effects::SliderFromEqf(file[index]);
+  for (std::size_t index = 0; index < values.size(); ++index)
+    values[index] = effects::SliderFromEqf(file[index]);
   settings.SetValues(settings.GetEnabled(), values);
   ShowSettings();
   if (hooks.apply) hooks.apply();
@@ -184,10 +189,12 @@ bool EqualizerDialog::SaveAs() {
   std::string name = platform::LoadText(kTextNewPreset);
   if (!AskName(name) || !effects::PresetStore::IsValidName(name)) return false;
   std::error_code error;
-  if (std::filesystem::exists(effects::PresetStore::PathFor(name, programFolder), error) && !ConfirmOverwrite())
+  if (std::filesystem::exists(effects::PresetStore::PathFor(name, programFolder), error) &&
+      !ConfirmOverwrite())
     return false;
   effects::EqfValues file{};
-  for (std::size_t index = 0; index < file.size(); ++index) file[index] = effects::EqfFromSlider(sliders[index]->Position());
+  for (std::size_t index = 0; index < file.size(); ++index)
+    file[index] = effects::EqfFromSlider(sliders[index]->Position());
   if (!effects::PresetStore::Save(name, file, programFolder)) return false;
   FillPresetList();
   const int saved = settings.Presets().Find(name);
@@ -202,8 +209,8 @@ bool EqualizerDialog::SaveAs() {
 bool EqualizerDialog::AskName(std::string& name) {
   if (hooks.askName) return hooks.askName(name);
   bool accepted = false;
-  const QString text = QInputDialog::getText(this, Text(shell::DialogText(kEditNameDialog, "title")), QString(),
-                                             QLineEdit::Normal, Text(name), &accepted);
+  const QString text = QInputDialog::getText(this, Text(shell::DialogText(kEditNameDialog, "title")),
+                                             QString(), QLineEdit::Normal, Text(name), &accepted);
   if (accepted) name = text.trimmed().toStdString();
   return accepted;
 }
@@ -211,8 +218,8 @@ bool EqualizerDialog::AskName(std::string& name) {
 bool EqualizerDialog::ConfirmOverwrite() {
   if (hooks.confirmOverwrite) return hooks.confirmOverwrite();
   return QMessageBox::question(this, Text(platform::LoadText(kTextFileExists)),
-                               Text(platform::LoadText(kTextPresetExists)), QMessageBox::Yes | QMessageBox::No,
-                               QMessageBox::No) == QMessageBox::Yes;
+                               Text(platform::LoadText(kTextPresetExists)),
+                               QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
 }
 
 }  // namespace ui

@@ -4,8 +4,8 @@
 //
 // It edits the application's EqualizerSettings in place, and every change
 // takes effect at once: after each change the dialog calls `apply`, which
-// posts message 2592 to the main window, whose procedure hands the values
-// to the Equalizer. There is no Cancel: what was changed stays.
+// posts kMessageApplyEqualizer to the main window, whose procedure hands the
+// values to the Equalizer. There is no Cancel: what was changed stays.
 //
 // Controls, by object name: "1115" the preamp slider, "1116" to "1125"
 // bands 0 to 9 (OSlider, 0 the strongest, 27 the weakest), "1127" the preset
@@ -44,7 +44,8 @@ class EqualizerDialog : public QDialog {
 
   // What the dialog asks of the application.
   struct Hooks {
-    // The settings changed: make the equalizer follow them (post 2592).
+    // The settings changed: make the equalizer follow them (post
+    // kMessageApplyEqualizer).
     std::function<void()> apply;
     // Whether extra bass is on, and switching it over.
     std::function<bool()> extraBassOn;

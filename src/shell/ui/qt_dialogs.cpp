@@ -40,8 +40,8 @@ void QtDialogs::About() {
   shell::ModalDialogOpen() = false;
 }
 
-// The dialog's changes reach the filters through message 2592; the main
-// window saves the settings once it closes.
+// The dialog's changes reach the filters through kMessageApplyEqualizer;
+// the main window saves the settings once it closes.
 void QtDialogs::Equalizer() {
   if (shell::ModalDialogOpen() || app == nullptr) return;
   shell::ModalDialogOpen() = true;
