@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QInputDialog>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QTimer>
@@ -215,10 +216,11 @@ std::vector<std::int16_t> Through(effects::Equalizer& equalizer, std::vector<std
 
 using EqualizerInThePlayerTest = GuiAppTest;
 
-TEST_F(EqualizerInThePlayerTest, TheMenuCommandOpensTheDialogWhoseChangesTheFiltersFollowAndTheSettingsKeep) {
+TEST_F(EqualizerInThePlayerTest,
+       TheMenuCommandOpensTheDialogWhoseChangesTheFiltersFollowThePresetsAndTheSettingsKeep) {
   Start();
   QStringList presets;
-  QString title;
+  QString title, offeredName, savedItem;
   bool refusedSecond = false;
   QTimer::singleShot(0, [&] {
     auto* dialog = dynamic_cast<ui::EqualizerDialog*>(QApplication::activeModalWidget());
@@ -231,6 +233,15 @@ TEST_F(EqualizerInThePlayerTest, TheMenuCommandOpensTheDialogWhoseChangesTheFilt
     ProcessEventsFor(50);  // each posted kMessageApplyEqualizer is handled on its own
     PressKey(dialog->Slider(0), Qt::Key_Up);
     ProcessEventsFor(50);
+    QTimer::singleShot(0, [&] {
+      auto* nameBox = dynamic_cast<QInputDialog*>(QApplication::activeModalWidget());
+      if (nameBox == nullptr) return;
+      offeredName = nameBox->textValue();
+      nameBox->setTextValue("My curve");
+      nameBox->accept();
+    });
+    dialog->findChild<QPushButton*>("saveAs")->click();
+    savedItem = dialog->Presets().currentText();
     dialog->findChild<QPushButton*>("softkey.left")->click();
   });
   app->HandleMessage(platform::Message{shell::kMessageCommand, shell::kCommandEqualizer, 0, nullptr});
@@ -238,6 +249,9 @@ TEST_F(EqualizerInThePlayerTest, TheMenuCommandOpensTheDialogWhoseChangesTheFilt
   EXPECT_TRUE(presets.contains("Rock")) << "the first start installed the shipped presets";
   EXPECT_TRUE(refusedSecond);
   EXPECT_FALSE(shell::ModalDialogOpen());
+  EXPECT_EQ(offeredName, "New Preset");
+  EXPECT_EQ(savedItem, "My curve");
+  EXPECT_TRUE(fs::exists(app->ProgramFolder() + "/presets/My curve.eqf")) << "saved where the presets are";
 
   // The player's filters now do what a fresh equalizer with band 0 one step
   // up does, which is not what a flat one does.
