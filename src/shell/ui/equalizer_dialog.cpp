@@ -76,32 +76,10 @@ void EqualizerDialog::BuildControls(int zoom) {
   presetRow->addWidget(presetBox, 1);
   layout->addLayout(presetRow);
 
-  // The sliders alone in their row, so that Left and Right walk them.
-  auto* sliderRow = new QWidget(this);
-  sliderRow->setObjectName("sliders");
-  auto* sliderLayout = new QHBoxLayout(sliderRow);
-  sliderLayout->setContentsMargins(0, 0, 0, 0);
-  auto* captionLayout = new QHBoxLayout;
-  for (int index : {kPreampIndex, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
-    auto* slider = new OSlider(sliderRow, zoom);
-    const bool preamp = index == kPreampIndex;
-    slider->setObjectName(QString::number(preamp ? kPreampSliderId : kFirstBandSliderId + index));
-    slider->SetRange(0, effects::kSliderMaximum, false);
-    slider->onScroll = [this](OSlider&, int) { SliderMoved(); };
-    sliders[static_cast<std::size_t>(index)] = slider;
-    sliderLayout->addWidget(slider);
-    QLabel* caption =
-        Caption(preamp ? Text(shell::DialogText(kDialogId, "preamp")) : kBandCaptions[index], this);
-    caption->setFixedWidth(slider->width());
-    captionLayout->addWidget(caption);
-    if (preamp) {
-      sliderLayout->addSpacing(6 * zoom);
-      captionLayout->addSpacing(6 * zoom);
-    }
-  }
-  layout->addWidget(sliderRow, 0, Qt::AlignHCenter);
-  layout->addLayout(captionLayout);
-  layout->setAlignment(captionLayout, Qt::AlignHCenter);
+  auto* captions = new QHBoxLayout;
+  layout->addWidget(BuildSliderRow(zoom, *captions), 0, Qt::AlignHCenter);
+  layout->addLayout(captions);
+  layout->setAlignment(captions, Qt::AlignHCenter);
 
   enableBox = new QCheckBox(this);
   enableBox->setObjectName("1129");
@@ -120,6 +98,33 @@ void EqualizerDialog::BuildControls(int zoom) {
   connect(enableBox, &QCheckBox::clicked, this, &EqualizerDialog::EnableClicked);
   connect(extraBassBox, &QCheckBox::clicked, this, &EqualizerDialog::ExtraBassClicked);
   connect(saveButton, &QPushButton::clicked, this, [this] { SaveAs(); });
+}
+
+// The preamp, a gap, then bands 0 to 9, alone in their row so that Left and
+// Right walk them; each one's caption goes into `captions`.
+QWidget* EqualizerDialog::BuildSliderRow(int zoom, QHBoxLayout& captions) {
+  auto* row = new QWidget(this);
+  row->setObjectName("sliders");
+  auto* sliderLayout = new QHBoxLayout(row);
+  sliderLayout->setContentsMargins(0, 0, 0, 0);
+  for (int index : {kPreampIndex, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
+    auto* slider = new OSlider(row, zoom);
+    const bool preamp = index == kPreampIndex;
+    slider->setObjectName(QString::number(preamp ? kPreampSliderId : kFirstBandSliderId + index));
+    slider->SetRange(0, effects::kSliderMaximum, false);
+    slider->onScroll = [this](OSlider&, int) { SliderMoved(); };
+    sliders[static_cast<std::size_t>(index)] = slider;
+    sliderLayout->addWidget(slider);
+    QLabel* caption =
+        Caption(preamp ? Text(shell::DialogText(kDialogId, "preamp")) : kBandCaptions[index], this);
+    caption->setFixedWidth(slider->width());
+    captions.addWidget(caption);
+    if (preamp) {
+      sliderLayout->addSpacing(6 * zoom);
+      captions.addSpacing(6 * zoom);
+    }
+  }
+  return row;
 }
 
 // The presets as the folder holds them now, then "User defined"; the item's

@@ -29,6 +29,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QHBoxLayout;
 
 namespace effects {
 class EqualizerSettings;
@@ -71,6 +72,7 @@ class EqualizerDialog : public QDialog {
 
  private:
   void BuildControls(int zoom);
+  QWidget* BuildSliderRow(int zoom, QHBoxLayout& captions);
   void FillPresetList();
   void SelectPresetByName();
   void ShowSettings();
