@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "effects/equalizer_values.h"
+#include "effects/preset_store.h"
 
 namespace effects {
 
@@ -36,9 +37,13 @@ class EqualizerSettings {
   const std::string& PresetName() const { return presetName; }
   void SetPresetName(std::string name) { presetName = std::move(name); }
 
+  // The preset files the dialog lists; it scans them anew each time it opens.
+  PresetStore& Presets() { return presets; }
+
  private:
   EqualizerValues values;
   std::string presetName;
+  PresetStore presets;
 };
 
 }  // namespace effects

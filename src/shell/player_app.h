@@ -142,6 +142,8 @@ class PlayerApp : public platform::MessageHandler, public PlayerOperations {
   // the position request (2565).
   std::int32_t PlaylistSeconds() const { return playlistSeconds; }
   effects::EqualizerSettings& EqualizerSettings() { return equalizerSettings; }
+  // The program's folder, where the skin, the presets and the default list live.
+  std::string ProgramFolder() { return InstallDirectory(); }
   MenuBar& Menu() { return menuBar; }
   MainWindow* Window() { return window.get(); }
   SkinDisplay* Skin() { return skin; }

@@ -2,11 +2,14 @@
 
 #include <QLabel>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "platform/text_format.h"
 #include "shell/language_pack.h"
+#include "shell/main_window.h"
 #include "shell/player_app.h"
 #include "shell/ui/dialog_frame.h"
+#include "shell/ui/equalizer_dialog.h"
 #include "shell/ui/playlist_screen.h"
 #include "shell/window_messages.h"
 
@@ -55,6 +58,26 @@ void QtDialogs::Playlist() {
   else
     screen.resize(shell::kSkinWidth * faceZoom, shell::kSkinHeight * faceZoom + kSoftKeyBarHeight);
   ShowDialog(screen, kPlaylistDialog);
+}
+
+// The dialog's changes reach the filters through kMessageApplyEqualizer;
+// the main window saves the settings once it closes.
+void QtDialogs::Equalizer() {
+  if (shell::ModalDialogOpen() || app == nullptr) return;
+  shell::ModalDialogOpen() = true;
+  {
+    shell::PlayerApp& owner = *app;
+    EqualizerDialog::Hooks hooks;
+    hooks.apply = [&owner] {
+      if (shell::MainWindow* window = owner.Window()) window->Messages().Post(shell::kMessageApplyEqualizer);
+    };
+    hooks.extraBassOn = [&owner] { return owner.Settings().extraBassEnabled; };
+    hooks.toggleExtraBass = [&owner] { owner.ToggleExtraBass(); };
+    const int zoom = std::max(1, parent.width() / shell::kSkinWidth);
+    EqualizerDialog dialog(owner.EqualizerSettings(), owner.ProgramFolder(), std::move(hooks), zoom, &parent);
+    ShowDialog(dialog, EqualizerDialog::kDialogId);
+  }
+  shell::ModalDialogOpen() = false;
 }
 
 }  // namespace ui

@@ -22,6 +22,9 @@ class MessageTarget;
 namespace playlist {
 class PlaylistView;
 }
+namespace shell {
+class PlayerApp;
+}
 
 namespace ui {
 
@@ -32,7 +35,7 @@ class QtDialogs : public shell::Dialogs {
   // The version of the program, with a Done key. Not opened while another
   // modal dialog is open.
   void About() override;
-  void Equalizer() override {}
+  void Equalizer() override;
   // The list screen over `view`, which the main window's `messages` serve;
   // `zoom` is the face's. Until this is called the screen doesn't open.
   void AttachPlaylist(playlist::PlaylistView& view, platform::MessageTarget& messages, int zoom);
@@ -50,12 +53,17 @@ class QtDialogs : public shell::Dialogs {
   void SetAlarm() override {}
   void Effects() override {}
 
+  // The application whose equalizer settings the Equalizer dialog edits;
+  // until this is called the dialog doesn't open.
+  void AttachEqualizer(shell::PlayerApp& owner) { app = &owner; }
+
  private:
   QWidget& parent;
   playlist::PlaylistView* playlistView = nullptr;
   platform::MessageTarget* mainWindow = nullptr;
   int faceZoom = 1;
   std::function<bool()> bookmarksExist;
+  shell::PlayerApp* app = nullptr;
 };
 
 }  // namespace ui

@@ -31,6 +31,7 @@ std::unique_ptr<shell::MainWindow> QtWindowSystem::CreateMainWindow(const shell:
   terminationSignals =
       std::make_unique<platform::qt::TerminationSignals>([target] { target->Post(shell::kMessageClose); });
   calls = WatchCallsOnSystemBus(*target);
+  static_cast<QtDialogs&>(window->DialogLauncher()).AttachEqualizer(app);
   return window;
 }
 
