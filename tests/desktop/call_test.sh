@@ -8,9 +8,7 @@
 set -euo pipefail
 player=$1
 stand_in=$2
-[ -n "${DBUS_SESSION_BUS_ADDRESS:-}" ] || { echo "FAIL: no session bus (run under dbus-run-session)"; exit 1; }
-
-work=$(mktemp -d)
+source "$(dirname "$0")/player_session.sh"
 pid=
 bus=
 modem=
@@ -22,13 +20,6 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
-export HOME=$work/home XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data XDG_RUNTIME_DIR=$work/run
-mkdir -p "$HOME" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
-export QT_QPA_PLATFORM=offscreen SDL_AUDIODRIVER=dummy
-
-failures=0
-fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 status() { playerctl -p tavrinsonic status 2>/dev/null || true; }
 # Waits up to 5 s for the player's status to become VALUE.
 expect() {

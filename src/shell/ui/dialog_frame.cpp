@@ -1,6 +1,7 @@
 #include "shell/ui/dialog_frame.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QGroupBox>
 #include <QLabel>
 
@@ -9,6 +10,9 @@
 #include "shell/window_messages.h"
 
 namespace ui {
+
+WaitCursor::WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+WaitCursor::~WaitCursor() { QApplication::restoreOverrideCursor(); }
 namespace {
 
 std::optional<std::string> TextOf(std::uint32_t dialogId, const QString& name) {

@@ -29,6 +29,15 @@ void ApplyDialogTexts(QWidget& dialog, std::uint32_t dialogId);
 // one from the pack's template; returns the dialog's result (1 accepted).
 int ShowDialog(QDialog& dialog, std::uint32_t dialogId);
 
+// Shows the wait cursor while it lives (a long command, a folder being read).
+class WaitCursor {
+ public:
+  WaitCursor();
+  ~WaitCursor();
+  WaitCursor(const WaitCursor&) = delete;
+  WaitCursor& operator=(const WaitCursor&) = delete;
+};
+
 namespace detail {
 struct MenuBarHolder {
   shell::MenuBar ownBar;

@@ -6,6 +6,7 @@
 #include <QStyle>
 
 #include "platform/text.h"
+#include "shell/ui/dialog_frame.h"
 
 namespace ui {
 namespace {
@@ -20,14 +21,6 @@ enum Role : int {
 
 enum Image : int { kClosedFolder = 0, kOpenFolder = 1 };
 
-// The wait cursor while a level is read.
-class WaitCursor {
- public:
-  WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-  WaitCursor(const WaitCursor&) = delete;
-  WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 QIcon IconFor(int image) {
   QStyle* style = QApplication::style();

@@ -31,14 +31,6 @@ constexpr std::uint32_t kTextSortByTitle = 6110, kTextSortByFileName = 6111, kTe
                         kTextSortByTrackNumber = 6122, kTextReverse = 6113, kTextRandomize = 6114,
                         kTextReadInfo = 6115, kTextRemoveDead = 6116, kTextEraseSelected = 6117;
 
-// Shows the wait cursor while it lives.
-class WaitCursor {
- public:
-  WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-  WaitCursor(const WaitCursor&) = delete;
-  WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 }  // namespace
 
