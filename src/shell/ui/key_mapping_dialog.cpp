@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QTreeWidget>
+#include <algorithm>
 #include <QVBoxLayout>
 
 #include "platform/qt/virtual_keys.h"
@@ -77,6 +78,9 @@ KeyMappingDialog::KeyMappingDialog(shell::KeyMappingModel& keys, QWidget* parent
     list->addTopLevelItem(new QTreeWidgetItem(
         {QString::fromStdString(model.ActionText(line)), QString::fromStdString(model.KeyText(line))}));
   }
+  // The longest action name ("Equalizer On/Off") shows whole.
+  list->resizeColumnToContents(0);
+  list->setColumnWidth(0, std::max(list->columnWidth(0), kActionColumnWidth));
   if (list->topLevelItemCount() > 0) list->setCurrentItem(list->topLevelItem(0));
   list->installEventFilter(this);
   layout->addWidget(list, 1);

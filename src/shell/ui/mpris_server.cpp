@@ -97,9 +97,8 @@ QVariantMap Metadata(const shell::RemoteStatus& status) {
 
 class MprisObject final : public QDBusVirtualObject, public shell::RemotePresence {
  public:
-  explicit MprisObject(shell::PlayerApp& player) : app(player) {
+  explicit MprisObject(shell::PlayerApp& player) : app(player), root(RootProperties()) {
     Refresh();
-    lastRoot = RootProperties();
     lastPlayer = PlayerProperties();
     timer.callOnTimeout([this] { Look(); });
     timer.start(kLookMs);
@@ -129,6 +128,7 @@ class MprisObject final : public QDBusVirtualObject, public shell::RemotePresenc
     }
     status = std::move(fresh);
   }
+  // What the root interface shows never changes while the player runs.
   QVariantMap RootProperties() const;
   QVariantMap PlayerProperties() const;
   void Look();
@@ -143,7 +143,8 @@ class MprisObject final : public QDBusVirtualObject, public shell::RemotePresenc
   shell::PlayerApp& app;
   shell::RemoteStatus status;
   shell::RemoteStatus tags;
-  QVariantMap lastRoot, lastPlayer;
+  const QVariantMap root;
+  QVariantMap lastPlayer;
   QTimer timer;
 };
 
@@ -179,7 +180,6 @@ QVariantMap MprisObject::PlayerProperties() const {
 // Position moves by itself and is read when asked; it isn't signalled.
 void MprisObject::Look() {
   Refresh();
-  SignalChanges(kRootInterface, RootProperties(), lastRoot);
   QVariantMap player = PlayerProperties();
   player.remove(QStringLiteral("Position"));
   SignalChanges(kPlayerInterface, player, lastPlayer);
@@ -236,7 +236,7 @@ bool MprisObject::Call(const QDBusMessage& message, QVariantList& reply, QString
   Refresh();
   if (interface == kPropertiesInterface) {
     const QString target = args.value(0).toString();
-    const QVariantMap properties = target == kRootInterface ? RootProperties() : PlayerProperties();
+    const QVariantMap properties = target == kRootInterface ? root : PlayerProperties();
     if (member == QLatin1String("GetAll")) {
       reply << properties;
     } else if (member == QLatin1String("Get")) {
